@@ -1,0 +1,29 @@
+# GoogleTest built in the word size of this build, and one function to add a test program.
+
+if(NOT EXISTS /usr/src/googletest/CMakeLists.txt)
+  message(FATAL_ERROR "The sources of GoogleTest are missing: install the package googletest.")
+endif()
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+
+# zx_add_test(NAME SOURCES... [LIBRARIES ...] [SHARDS n]): a test program and its entries for ctest. The sources may be
+# a mix of C and C++. With SHARDS the program's tests are spread over that many processes.
+function(zx_add_test name)
+  cmake_parse_arguments(ARG "" "SHARDS" "SOURCES;LIBRARIES" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest_main zx_warnings Threads::Threads)
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  if(NOT ARG_SHARDS)
+    set(ARG_SHARDS 1)
+  endif()
+  math(EXPR last "${ARG_SHARDS} - 1")
+  foreach(shard RANGE ${last})
+    set(test ${name})
+    if(ARG_SHARDS GREATER 1)
+      set(test ${name}.${shard})
+    endif()
+    add_test(NAME ${test} COMMAND ${name})
+    set_tests_properties(${test} PROPERTIES TIMEOUT 300
+      ENVIRONMENT "GTEST_TOTAL_SHARDS=${ARG_SHARDS};GTEST_SHARD_INDEX=${shard};GTEST_BRIEF=1;ASAN_OPTIONS=detect_leaks=1")
+  endforeach()
+endfunction()
