@@ -352,7 +352,8 @@ ZXPOL_API void zxpol_setRuleOrder(_ZxPolComHandle* parent, const char* name, uin
 
 /*
  * Reads the rule's `index`-th condition into the _ZxPolAddrPairCond at `pair`. *size is its size, at least
- * 1024. Index 0 reads the store. A stored text that cannot be a pair is read as two empty sides.
+ * 1024. Index 0 reads the store. A stored text without a comma leaves the
+ * record as it was; one with a side above 511 characters gives two empty sides.
  *     ZXPOL_E_INVALID_ARG        null record or size
  *     ZXPOL_E_BUFFER_TOO_SMALL   *size was below 1024 and is 1024 now
  *     ZXPOL_E_NO_MORE_ITEMS      past the last condition
@@ -570,13 +571,15 @@ ZXPOL_API void zxpol_closeAddrList(_ZxPolComHandle* list, int* error);
 
 /*
  * Reads the list's attributes; the password is read as "secret". ZXPOL_E_INVALID_ARG: null record. Fields read
- * before a failure are filled; a field whose stored value is of another type keeps what it held.
+ * before a failure are filled; a field whose stored value is of another type keeps what it held. A display name or
+ * a comment that cannot be read is passed over.
  */
 ZXPOL_API void zxpol_getAddrListAttrib(_ZxPolComHandle* list, _ZxPolAddrListAttr* attr, int* error);
 
 /*
- * Writes the list's attributes, one after the other until one fails. ZXPOL_E_INVALID_ARG: null record, or a text
- * field without NUL. Writing type 0 to a directory list makes it a normal list when it is next opened.
+ * Writes the list's attributes, one after the other until one fails; a display name or a comment that cannot be
+ * written is passed over. ZXPOL_E_INVALID_ARG: null record, or a text field without NUL. Writing type 0 to a directory
+ * list makes it a normal list when it is next opened.
  */
 ZXPOL_API void zxpol_setAddrListAttrib(_ZxPolComHandle* list, const _ZxPolAddrListAttr* attr, int* error);
 

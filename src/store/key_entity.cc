@@ -15,8 +15,9 @@ namespace {
 
 constexpr const char* kOrderValue = "order";
 
-bool isMissing(const char* text) {
-    return text == nullptr || *text == '\0';
+// Whether a name names no child: a lone backslash designates the container itself, as the empty name does.
+bool isMissing(const char* name) {
+    return name == nullptr || *name == '\0' || std::strcmp(name, "\\") == 0;
 }
 
 bool isNegative(uint32_t number) {
@@ -210,7 +211,7 @@ void ZxPolKeyEntity::_shiftBetween(_ZxPolComHandle* container, const char* name,
     const auto target = static_cast<int32_t>(order);
     const int32_t step = target < old ? 1 : -1;
     auto place = static_cast<size_t>(order - 1);
-    for (int32_t number = target + step; number != old + step; number += step) {
+    for (int32_t number = target + step; number - step != old; number += step) {
         // A numbering with gaps or doubles can lead past either end of the cache: there is nothing to move.
         if (place >= orderedChildren.size()) return;
         const char* sibling = orderedChildren[place].name.c_str();
