@@ -23,6 +23,13 @@
  *
  * Threads. Different handles may be used from different threads at once; one handle belongs to one
  * thread at a time.
+ *
+ * What the library under platform/registry adds. Names are told apart byte by byte, case included; a
+ * name of a key is not empty and holds no backslash, that of a value may be any bytes, also none. A
+ * number is refused unless it has 4 bytes; other data is kept as it is given. Outside an update, a
+ * write that succeeded is durable. What another process has committed is seen by the next call; what
+ * an update of this process has written so far is seen by all its threads. A store must not be
+ * carried over a fork.
  */
 #ifndef ZXREGISTRY_H
 #define ZXREGISTRY_H
@@ -61,6 +68,9 @@ typedef struct _ZxPolComHandle {
 
 /* Longest name of one key or value, in bytes, without the NUL. */
 #define ZXREG_MAX_NAME 255u
+
+/* Largest value that the store under platform/registry takes, in bytes. */
+#define ZXREG_MAX_VALUE 0x4000000u
 
 /* Result codes of the store under platform/registry. The first six share their numbers with the
  * policy library; the rest are reasons of the store's own. */
@@ -103,19 +113,26 @@ ZXREG_API void zxreg_closeKey(_ZxPolComHandle* key, int* error);
 /*
  * Deletes the subkey `name` of `key` with its values. A key that still has subkeys is left as it is
  * (NOT_EMPTY). The empty name is refused (INVALID_ARG). Handles still open on the key stay valid for
- * zxreg_closeKey; every other operation on them fails.
+ * zxreg_closeKey, zxreg_endUpdate and zxreg_cancelUpdate; every other operation on them fails
+ * (DELETED), also when a key of the same name is created again.
  */
 ZXREG_API void zxreg_deleteKey(_ZxPolComHandle* key, const char* name, int* error);
 
 /*
  * Reads the value `name`. `type` receives the value's type; `data` receives its bytes; `*size` is the
  * capacity of `data` on entry and the value's size on return, also with BUFFER_TOO_SMALL. `type` and
- * `data` may be null (a null `data` asks for the size only and is a success).
+ * `data` may be null (a null `data` asks for the size only and is a success). SECRET when a protected
+ * string's key is lost, while its type and size can still be asked for.
  */
 ZXREG_API void zxreg_queryValue(_ZxPolComHandle* key, const char* name, uint32_t* type, void* data, uint32_t* size,
                                 int* error);
 
-/* Creates or replaces the value `name` with `size` bytes of `data` and the given type. */
+/*
+ * Creates or replaces the value `name` with `size` bytes of `data` and the given type. A value that is
+ * replaced keeps its place in the order. INVALID_ARG for an unknown type, a number that has not 4
+ * bytes, or more than ZXREG_MAX_VALUE bytes; `data` may be null when `size` is 0. SECRET when a
+ * protected string cannot be sealed because the key file is lost.
+ */
 ZXREG_API void zxreg_setValue(_ZxPolComHandle* key, const char* name, uint32_t type, const void* data, uint32_t size,
                               int* error);
 
@@ -143,17 +160,23 @@ ZXREG_API void zxreg_enumValue(_ZxPolComHandle* key, uint32_t index, char* name,
 /*
  * Opens an update of the store that `key` belongs to: the writes in between become durable together
  * when it ends. Updates nest in one thread; the outermost end makes them durable. A write of another
- * thread or process waits until the update has ended (BUSY when that takes too long).
+ * thread or process waits until the update has ended (BUSY when that takes too long: by default 5
+ * seconds, or the milliseconds in the environment variable ZXREG_BUSY_LIMIT when the store is opened).
+ * Reading never waits for it. An update is left by the thread that opened it; the last key of the
+ * store closed takes it back. On a store that may only be read it opens, and the writes in it fail.
  */
 ZXREG_API void zxreg_beginUpdate(_ZxPolComHandle* key, int* error);
 
 /*
- * Ends the innermost update of this thread. On failure of the outermost end nothing since its
- * beginning has been kept. NO_UPDATE when this thread has none open.
+ * Ends the innermost update of this thread; `key` may be any key of the store. On failure of the
+ * outermost end the update has ended and nothing since its beginning has been kept. A write that
+ * failed because the engine failed (a full disk) makes the end fail, too. NO_UPDATE when this thread
+ * has none open.
  */
 ZXREG_API void zxreg_endUpdate(_ZxPolComHandle* key, int* error);
 
-/* Ends the innermost update of this thread and takes everything since its beginning back. */
+/* Ends the innermost update of this thread and takes everything since its beginning back. NO_UPDATE as
+ * above. */
 ZXREG_API void zxreg_cancelUpdate(_ZxPolComHandle* key, int* error);
 
 /*
@@ -171,9 +194,12 @@ ZXREG_API uint64_t zxreg_stamp(_ZxPolComHandle* key, int* error);
  *   memory:         a store of its own at every opening, gone with its last key
  *   memory:NAME     a store shared by all openings of NAME in this process while any key is open
  *   sqlite:PATH     a SQLite database, created when missing, with a key file PATH.key beside it
- *                   once a protected string is written
+ *                   once a protected string is written; new files are the owner's alone (mode 0600)
  *
- * LOCATION for any other text; FOREIGN, CORRUPT, PERMISSION, BUSY or IO when the file cannot be used.
+ * LOCATION for any other text; FOREIGN for a file that is no store of this version (an empty one too:
+ * it may be what is left of a store), CORRUPT, PERMISSION, BUSY or IO when the file cannot be used. A
+ * file that may only be read opens, and writes to it fail (PERMISSION). Without its key file a store
+ * opens, and its protected strings do not.
  */
 ZXREG_API _ZxPolComHandle* zxreg_openStore(const char* location, int* error);
 
