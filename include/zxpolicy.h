@@ -304,7 +304,7 @@ ZXPOL_API void zxpol_enumExclusiveFilterType(_ZxPolComHandle* hive, uint32_t ind
 /*
  * Creates the child rule `name` with the attributes and conditions given, or opens an existing one and
  * changes its attributes and adds the conditions. `attr->order` is the wanted position (0 or one past the
- * end appends); the position given is written back to it. The conditions are checked against the parent
+ * end appends); the position given to a new rule is written back to it. The conditions are checked against the parent
  * rule. Close with zxpol_closeRule.
  *     ZXPOL_E_INVALID_ARG       null name, record or conditions; empty name; negative matchType or order;
  *                               a text field without NUL
@@ -334,7 +334,11 @@ ZXPOL_API void zxpol_deleteRule(_ZxPolComHandle* parent, const char* name, int* 
  */
 ZXPOL_API void zxpol_enumRule(_ZxPolComHandle* parent, uint32_t index, char* buffer, uint32_t* size, int* error);
 
-/* Reads the rule's attributes. ZXPOL_E_INVALID_ARG: null record. Fields read before a failure are filled. */
+/*
+ * Reads the rule's attributes. The result is that of the comment, when that cannot be read, else that of the match
+ * type: a display name that cannot be read is empty, a position keeps what the record held. ZXPOL_E_INVALID_ARG: null
+ * record.
+ */
 ZXPOL_API void zxpol_getRuleAttrib(_ZxPolComHandle* rule, _ZxPolRuleAttr* attr, int* error);
 
 /* Writes the rule's attributes but its position. ZXPOL_E_INVALID_ARG: null record, negative matchType, a text
@@ -399,7 +403,7 @@ ZXPOL_API void zxpol_removeConditionEx(_ZxPolComHandle* rule, const unsigned cha
  * Replaces the conditions at the given enumeration indices (an array parallel to the list), or, with null
  * `indices`, all of them. With `mode` not 0 the new ones are checked against the parent, and descendants
  * cleaned up, as above.
- *     ZXPOL_E_INVALID_ARG       null list
+ *     ZXPOL_E_INVALID_ARG       null list, or an index of 2^31 - 1 or above
  *     ZXPOL_E_CONDITION_CHECK   some are not covered by the parent's conditions; nothing was written
  *     ZXPOL_E_ALREADY_EXISTS    another condition equals a new one
  *     ZXPOL_E_INVALID_FORMAT    some are malformed; the others were written
@@ -417,7 +421,7 @@ ZXPOL_API void zxpol_freeErrorConds(_ZxPolErrorCond** errorConds, int* error);
 
 /*
  * Creates the task `name` of a rule, or opens an existing one and changes its attributes. `attr->order` is the
- * wanted position (0 or one past the end appends); the position given is written back to it. Close with
+ * wanted position (0 or one past the end appends); the position given to a new task is written back to it. Close with
  * zxpol_closeTask.
  *     ZXPOL_E_INVALID_ARG   null name or record, empty name, enable or overridable neither 0 nor 1, negative
  *                           order, a text field without NUL; nothing is created
@@ -430,8 +434,11 @@ ZXPOL_API _ZxPolComHandle* zxpol_openTask(_ZxPolComHandle* rule, const char* nam
 /* Closes a task, also when *error holds a failure; ZXPOL_S_OK then. */
 ZXPOL_API void zxpol_closeTask(_ZxPolComHandle* task, int* error);
 
-/* Deletes the task `name` and the inactive marks that this rule and the rules below it have for it.
- * ZXPOL_E_INVALID_ARG: null or empty name. */
+/*
+ * Deletes the task `name` and the inactive marks that this rule and the rules below it have for it.
+ *     ZXPOL_E_INVALID_ARG   null or empty name; or, with the task deleted, a full name above 255 characters, for which
+ *                           there can be no marks
+ */
 ZXPOL_API void zxpol_deleteTask(_ZxPolComHandle* rule, const char* name, int* error);
 
 /* The name of the rule's `index`-th task by position; as zxpol_enumRule. */
@@ -461,15 +468,15 @@ ZXPOL_API void zxpol_inactivateTask(_ZxPolComHandle* rule, const char* taskFullN
 
 /*
  * 1 when the rule has no inactive mark for the task (case and one trailing backslash ignored), else 0. A
- * failure to read the marks is reported and answered with 1. ZXPOL_E_INVALID_ARG and 0: null, empty or
+ * failure of the store to give the marks is reported and answered with 1. ZXPOL_E_INVALID_ARG and 0: null, empty or
  * longer name.
  */
 ZXPOL_API int zxpol_isTaskActive(_ZxPolComHandle* rule, const char* taskFullName, int* error);
 
 /*
- * Reads the text of the outcome `name` into `value`; *size is the capacity on entry and the text's size with
- * its NUL on return. ZXPOL_E_INVALID_ARG: null or empty name, null size. The store's codes for a missing
- * outcome (0x1804 in the low 16 bits) and a small buffer (6).
+ * Reads the text of the outcome `name` into `value` (null: ask for the size only); *size is the capacity on entry and
+ * the text's size with its NUL on return. ZXPOL_E_INVALID_ARG: null or empty name, null size. The store's codes for a
+ * missing outcome (0x1804 in the low 16 bits) and a small buffer (6).
  */
 ZXPOL_API void zxpol_getOutcome(_ZxPolComHandle* task, const char* name, char* value, uint32_t* size, int* error);
 
@@ -482,7 +489,8 @@ ZXPOL_API void zxpol_deleteOutcome(_ZxPolComHandle* task, const char* name, int*
 /*
  * The `index`-th outcome in the store's order: its name and text. Both sizes are capacities on entry. On
  * return *nameSize is the length without NUL and *valueSize the size of the text with its NUL, as the store
- * has them. ZXPOL_E_INVALID_ARG: null size. The store's code past the end (12 in the low 16 bits).
+ * has them. `value` may be null. ZXPOL_E_INVALID_ARG: null name or size. The store's code past the end (12 in the low
+ * 16 bits).
  */
 ZXPOL_API void zxpol_enumOutcome(_ZxPolComHandle* task, uint32_t index, char* name, uint32_t* nameSize, char* value,
                                  uint32_t* valueSize, int* error);
@@ -496,7 +504,8 @@ ZXPOL_API void zxpol_enumOutcome(_ZxPolComHandle* task, uint32_t index, char* na
  * rule in the order of first match; receivers that match no rule are in none. Without any match *pairs is
  * null. Release with zxpol_freeMatchPair, while the caller's receivers still exist.
  *     ZXPOL_E_INVALID_ARG   null sender, receivers, pairs or count
- * On failure *pairs is null and *count 0. A rule that cannot be checked is skipped, but for the root.
+ * When matching fails, *pairs is null and *count 0; a call that is refused leaves both untouched. A rule that cannot be
+ * checked is skipped, but for the root.
  */
 ZXPOL_API void zxpol_matchRuleByMailInfo(_ZxPolComHandle* ruleHive, _ZxPolComHandle* addrListHive, const char* sender,
                                          const char** receivers, _ZxPolMatchPair** pairs, uint32_t* count, int* error);

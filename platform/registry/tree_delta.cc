@@ -7,10 +7,6 @@
 namespace zxreg {
 namespace {
 
-[[noreturn]] void throwCorrupt(const char* text) {
-    throw Failure(ZXREG_E_CORRUPT, text);
-}
-
 template <class Row, class IdOf>
 bool holdsId(const std::vector<Row>& rows, uint64_t id, IdOf idOf) {
     const auto at = std::lower_bound(rows.begin(), rows.end(), id,

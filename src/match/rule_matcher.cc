@@ -15,11 +15,24 @@ namespace {
 constexpr unsigned kAppLevel = 2;
 constexpr unsigned char kAppCategory = 1;
 
-// The attributes are of no use to the match, but a rule without readable ones is not one to act upon.
+// The attributes are of no use to the match, but a rule whose comment or match type cannot be read is not one to act
+// upon.
 __attribute__((noinline)) void readAttributes(ZxPolRule& rule, int* error) {
     _ZxPolRuleAttr attr{};
     rule.getAttribute(&attr, error);
 }
+
+// Frees the exclusive filters when the tasks that hold them go, on whatever way.
+class TableReset {
+public:
+    explicit TableReset(ZxPolRuleMatcher& matcher) : _matcher(matcher) {}
+    ~TableReset() { _matcher._resetExcluTable(); }
+    TableReset(const TableReset&) = delete;
+    TableReset& operator=(const TableReset&) = delete;
+
+private:
+    ZxPolRuleMatcher& _matcher;
+};
 
 }  // namespace
 
@@ -27,7 +40,7 @@ _ZxPolMatchOption ZxPolRuleMatcher::mGlobalOption = {1, ZXPOL_PRIORITY_TOTAL, ZX
 
 void ZxPolRuleMatcher::setGlobalOption(const _ZxPolMatchOption& option) {
     mGlobalOption = option;
-    // Which way a mail is matched is said by each call; the mode kept here is never asked for.
+    // Which way a mail is matched is said by each call of the flat interface.
     mGlobalOption.matchMode = 1;
     if (option.priorityType > ZXPOL_PRIORITY_RECEIVER_FIRST) mGlobalOption.priorityType = ZXPOL_PRIORITY_TOTAL;
     if (option.weightType > ZXPOL_WEIGHT_NAME_FIRST) mGlobalOption.weightType = ZXPOL_WEIGHT_DOMAIN_FIRST;
@@ -95,7 +108,7 @@ void ZxPolRuleMatcher::_fillPair(size_t index, const _PrivMatchPair& matched, Ma
     const std::unique_ptr<ZxPolRule> rule(_ruleHive->openRuleByFullPath(path, error));
     if (failed(*error)) return;
     TaskList tasks;
-    _resetExcluTable();
+    const TableReset reset(*this);
     _collectTasks(*rule, matched.rulePath, tasks, error);
     if (succeeded(*error)) readAttributes(*rule, error);
     if (failed(*error)) return;

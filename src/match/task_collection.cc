@@ -17,11 +17,11 @@ namespace zxpol {
 
 ExcluTable readExcluTable(ZxPolRuleHive& hive) {
     ExcluTable table;
-    for (uint32_t index = 0;; ++index) {
+    for (uint32_t valueIndex = 0;;) {
         uint32_t filter = 0;
         ZxPolFilterPriorityType type = ZXPOL_FILTER_ASC_EXCLUSIVE;
         int result = ZXPOL_S_OK;
-        hive.enumExclusiveFilterType(index, &filter, &type, &result);
+        hive._nextExclusiveFilterType(&valueIndex, &filter, &type, &result);
         if (failed(result)) return table;
         table.emplace(filter, _ExcluFilterField{type, _ExcluFilterField::l_end});
     }
@@ -71,20 +71,28 @@ void ZxPolRuleMatcher::_resetExcluTable() {
 
 namespace {
 
-// What decides about a task. What cannot be read stays as it is set here: a task that is on and cannot be switched
-// off from below.
+// What decides about a task.
 struct TaskFlags {
-    uint32_t filter = 0;
-    int32_t enable = 1;
-    int32_t overridable = 0;
+    uint32_t filter;
+    int32_t enable;
+    int32_t overridable;
 };
 
-TaskFlags readFlags(ZxPolTask& task, int* error) {
-    const TaskFlags preset;
+// A filter type that is not exclusive.
+uint32_t ordinaryFilter(const ExcluTable& table) {
+    uint32_t filter = UINT32_MAX;
+    while (table.find(filter) != table.end())
+        --filter;
+    return filter;
+}
+
+// Reads what decides about a task. What cannot be read stays as it is set here: the task is on, cannot be switched
+// off from below, and no other task keeps it out.
+TaskFlags readFlags(ZxPolTask& task, const ExcluTable& table, int* error) {
     _ZxPolTaskAttr attr{};
-    attr.filter = preset.filter;
-    attr.enable = preset.enable;
-    attr.overridable = preset.overridable;
+    attr.filter = ordinaryFilter(table);
+    attr.enable = 1;
+    attr.overridable = 0;
     task.getAttribute(&attr, error);
     const StoreKey setting(attr.setting);
     return {attr.filter, attr.enable, attr.overridable};
@@ -125,7 +133,7 @@ bool ZxPolRuleMatcher::_collectTask(ZxPolRule& matchedRule, ZxPolRule& ownRule, 
     }
     _TaskListEntry entry{std::unique_ptr<ZxPolTask>(ownRule.openTask(name, error)), fullName(rulePath, name)};
     if (failed(*error)) return false;
-    const TaskFlags flags = readFlags(*entry.task, error);
+    const TaskFlags flags = readFlags(*entry.task, _excluTable, error);
     if (failed(*error)) return false;
     const char* path = entry.path.c_str();
     ZXPOL_DEBUG(2, "task %s, enable:%d, overridable:%d, filterType:%08X", path, flags.enable, flags.overridable,

@@ -111,9 +111,9 @@ void ZxPolRule::_cleanUpChild(ZxPolRule& rule, ZxPolRule& child, ErrorConds* lis
     const size_t place = list == nullptr ? 0 : list->add(child._name, removed);
     _deleteChildCondition(child, list, error);
     if (succeeded(*error)) return;
-    int ignored = ZXPOL_S_OK;
-    ZxPolMailCondition(child._key.get()).addCondition(pointersTo(removed).data(), &ignored);
-    if (list != nullptr) list->remove(place);
+    int restored = ZXPOL_S_OK;
+    ZxPolMailCondition(child._key.get()).addCondition(pointersTo(removed).data(), &restored);
+    if (list != nullptr && succeeded(restored)) list->remove(place);
 }
 
 // Removes and returns this rule's conditions that `parent` does not cover.

@@ -91,7 +91,7 @@ void ZxPolMailCondition::parseAddressPair(const char* text, _ZxPolAddrPairCond* 
     std::string_view receiver = whole.substr(comma + 1);
     receiver.remove_prefix(std::min(receiver.find_first_not_of(' '), receiver.size()));
     if (sender.size() >= sizeof pair->sender || receiver.size() >= sizeof pair->receiver) {
-        // Two empty sides match no mail; a side cut to its field might.
+        // A side cut to its field could match mails that were not meant; empty sides match empty addresses only.
         sender = receiver = "";
     }
     copySide(sender, pair->sender);
@@ -126,6 +126,17 @@ void ZxPolMailCondition::_cacheAllConditions(int* error) {
     if (isEnd(*error)) *error = ZXPOL_S_OK;
 }
 
+// Reads the caches anew; a part of the conditions is never taken for all of them.
+void ZxPolMailCondition::_refreshCache(int* error) {
+    try {
+        _cacheAllConditions(error);
+    } catch (...) {
+        cache.clear();
+        throw;
+    }
+    if (failed(*error)) cache.clear();
+}
+
 // Reads the text of one condition; the buffer is out of the way of the callers' frames.
 __attribute__((noinline)) void ZxPolMailCondition::_cacheOne(const char* name, int* error) {
     char data[kStoredTextSize];
@@ -148,11 +159,8 @@ void ZxPolMailCondition::enumCondition(uint32_t index, unsigned char* record, ui
         return;
     }
     *error = ZXPOL_S_OK;
-    if (index == 0 || cache.empty()) _cacheAllConditions(error);
-    if (failed(*error)) {
-        cache.clear();
-        return;
-    }
+    if (index == 0 || cache.empty()) _refreshCache(error);
+    if (failed(*error)) return;
     if (index >= cache.size()) {
         *error = ZXPOL_E_NO_MORE_ITEMS;
         return;

@@ -79,6 +79,7 @@ private:
         std::string text;
     };
 
+    void _refreshCache(int* error);
     void _cacheOne(const char* name, int* error);
     bool _makeWorkingPair(const _ZxPolAddrPairCond& given, _ZxPolAddrPairCond& working) const;
     int _find(const _ZxPolAddrPairCond& pair, uint32_t ignoredIndex, char* valueName);

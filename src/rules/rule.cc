@@ -122,7 +122,7 @@ ZxPolRule* ZxPolRule::createChildRule(const char* childName, _ZxPolRuleAttr* att
     return child.release();
 }
 
-// The keys that every rule has. A failure is of no consequence here.
+// The keys that every rule has. A failure is passed over here: who needs the key reports that it is missing.
 void ZxPolRule::_makeSubkeys() {
     for (const char* subkey : {"rules", "inactive", "tasks"})
         ensureKey(_key.get(), subkey);

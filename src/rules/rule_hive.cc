@@ -174,17 +174,29 @@ void ZxPolRuleHive::enumExclusiveFilterType(uint32_t index, uint32_t* filterId, 
         *error = ZXPOL_E_INVALID_ARG;
         return;
     }
+    uint32_t valueIndex = 0;
+    uint32_t foundId = 0;
+    ZxPolFilterPriorityType foundType = ZXPOL_FILTER_ASC_EXCLUSIVE;
+    for (uint64_t found = 0; found <= index; ++found) {
+        _nextExclusiveFilterType(&valueIndex, &foundId, &foundType, error);
+        if (failed(*error)) return;
+    }
+    *filterId = foundId;
+    *type = foundType;
+}
+
+void ZxPolRuleHive::_nextExclusiveFilterType(uint32_t* valueIndex, uint32_t* filterId, ZxPolFilterPriorityType* type,
+                                             int* error) {
     char name[kNameSize];
     char data[kExclusiveDataSize];
     uint32_t number = 0;
-    for (uint32_t valueIndex = 0, found = 0;; ++valueIndex) {
+    do {
         uint32_t nameSize = sizeof name;
         uint32_t dataSize = sizeof data;
         std::memset(data, 0, sizeof number);
-        enumValue(_key.get(), valueIndex, name, &nameSize, nullptr, data, &dataSize, error);
+        enumValue(_key.get(), (*valueIndex)++, name, &nameSize, nullptr, data, &dataSize, error);
         if (failed(*error)) return;
-        if (_isNameValid(name) && found++ == index) break;
-    }
+    } while (!_isNameValid(name));
     *filterId = static_cast<uint32_t>(std::strtoul(name + kExclusivePrefixLength, nullptr, 16));
     std::memcpy(&number, data, sizeof number);
     *type = static_cast<ZxPolFilterPriorityType>(number);

@@ -57,6 +57,10 @@ public:
     // eight hexadecimal digits.
     static bool _isNameValid(const char* valueName);
 
+    // Goes on from the hive's value *valueIndex to the next exclusive filter type and leaves *valueIndex behind it:
+    // a walk through all of them reads each value once. Codes as for enumExclusiveFilterType.
+    void _nextExclusiveFilterType(uint32_t* valueIndex, uint32_t* filterId, ZxPolFilterPriorityType* type, int* error);
+
 private:
     friend class ZxPolRule;
 

@@ -93,7 +93,8 @@ void ZxPolTask::getOutcome(const char* name, char* value, uint32_t* size, int* e
     if (isMissing(name) || size == nullptr) {
         *error = ZXPOL_E_INVALID_ARG;
     } else if (_hasOutcomes(error)) {
-        queryValue(_outcomes.get(), name, nullptr, value, size, error);
+        uint32_t type = 0;
+        queryValue(_outcomes.get(), name, &type, value, size, error);
     }
 }
 

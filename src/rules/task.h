@@ -47,7 +47,7 @@ public:
     // ZXPOL_E_INVALID_ARG: null name or size.
     void enumOutcome(uint32_t index, char* name, uint32_t* nameSize, char* value, uint32_t* valueSize, int* error);
 
-    // Makes the subkey "setting"; a failure is of no consequence here.
+    // Makes the subkey "setting"; a failure is passed over here and found when the attributes are read.
     void makeSetting();
 
 private:

@@ -24,8 +24,9 @@ bool isNegative(uint32_t number) {
     return static_cast<int32_t>(number) < 0;
 }
 
-// Reads the names of all subkeys, up to the first failure, whatever it is; that failure is the result.
-std::vector<std::string> subkeyNames(_ZxPolComHandle* key, int* error) {
+// Reads the names of all subkeys, up to the first failure, whatever it is; that failure is the result. Kept out of
+// the frame of its caller, which goes down the tree.
+__attribute__((noinline)) std::vector<std::string> subkeyNames(_ZxPolComHandle* key, int* error) {
     std::vector<std::string> found;
     char name[kNameSize];
     for (uint32_t index = 0;; ++index) {

@@ -74,7 +74,10 @@ void ZxPolMultiValue::_cacheValueName() {
             capacity = size + 1;
             continue;
         }
-        if (failed(result)) break;
+        if (failed(result)) {
+            if (!isEnd(result)) readResult = result;
+            break;
+        }
         if (_prefixMatch(buffer)) names.emplace_back(buffer);
         ++index;
     }
@@ -87,6 +90,10 @@ void ZxPolMultiValue::createValueName(char* buffer, uint32_t* size, int* error) 
     if (error == nullptr) return;
     if (buffer == nullptr || size == nullptr) {
         *error = ZXPOL_E_INVALID_ARG;
+        return;
+    }
+    if (failed(readResult)) {
+        *error = readResult;
         return;
     }
     std::string name = prefix + std::to_string(names.size() + 1);
@@ -120,8 +127,8 @@ void ZxPolMultiValue::deleteValueName(const char* name, int* error) {
         *error = ZXPOL_E_INVALID_ARG;
         return;
     }
-    if (names.empty()) {
-        *error = ZXPOL_E_NOT_FOUND;
+    if (failed(readResult) || names.empty()) {
+        *error = failed(readResult) ? readResult : ZXPOL_E_NOT_FOUND;
         return;
     }
     // A number beyond the list's end moves nothing; more digits than any list has are such a number.

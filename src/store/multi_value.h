@@ -20,7 +20,8 @@
 class ZXPOL_API ZxPolMultiValue {
 public:
     // `key` is borrowed and must outlive the object; `prefix` is copied (at most 255 characters). Failures to
-    // read the names are silent: the names read before are known.
+    // read the names are silent: the names read before are known and enumerated. But what a number stands for is
+    // then not known, and the operations that name or delete values give that failure rather than lose a value.
     ZxPolMultiValue(_ZxPolComHandle* key, const char* prefix);
     ~ZxPolMultiValue();
     ZxPolMultiValue(const ZxPolMultiValue&) = delete;
@@ -52,5 +53,6 @@ private:
 
     char prefix[256];
     _ZxPolComHandle* key;
+    int readResult = ZXPOL_S_OK;  // why the names could not be read to their end
     std::vector<std::string> names;
 };

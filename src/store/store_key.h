@@ -45,8 +45,8 @@ private:
     _ZxPolComHandle* _handle = nullptr;
 };
 
-// Makes the key `name` below `parent` when it is missing, and leaves it closed. A failure is of no
-// consequence to the caller: the key is made again when it is first needed.
+// Makes the key `name` below `parent` when it is missing, and leaves it closed. A failure is passed over: whoever
+// needs the key reports that it is missing.
 void ensureKey(_ZxPolComHandle* parent, const char* name);
 
 // The name of the `index`-th subkey; *size is the buffer's capacity on entry.
