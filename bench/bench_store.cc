@@ -131,7 +131,7 @@ double residentMiB() {
 }
 
 // Comes first: the memory that the first opening takes is that of a fresh process.
-void OpenStoreOfRules(benchmark::State& state) {
+void openStoreOfRules(benchmark::State& state) {
     const double before = residentMiB();
     double taken = 0;
     for (auto _ : state) {
@@ -141,7 +141,7 @@ void OpenStoreOfRules(benchmark::State& state) {
     static const double takenAtFirst = taken;
     state.counters["MiB"] = takenAtFirst;
 }
-BENCHMARK(OpenStoreOfRules)->Unit(benchmark::kMillisecond)->Iterations(10);
+BENCHMARK(openStoreOfRules)->Unit(benchmark::kMillisecond)->Iterations(10);
 
 class Store : public benchmark::Fixture {
 public:

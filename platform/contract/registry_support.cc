@@ -32,18 +32,20 @@ std::string hex(int code) {
 void dumpInto(const Key& key, const std::string& path, std::string& all) {
     for (const std::string& name : values(key)) {
         const std::optional<Stored> value = read(key, name);
-        all += path + ":" + name + "=";
-        all += value ? std::to_string(value->type) + "," + value->bytes : hex(readCode(key, name));
+        all.append(path).append(":").append(name).append("=");
+        all += value ? std::to_string(value->type).append(",").append(value->bytes) : hex(readCode(key, name));
         all += "\n";
     }
     for (const std::string& name : subkeys(key)) {
-        all += path + "\\" + name + "\n";
+        std::string below = path;
+        below.append("\\").append(name);
+        all.append(below).append("\n");
         int code = 0;
         const Key child = openKey(key, name, &code);
         if (child) {
-            dumpInto(child, path + "\\" + name, all);
+            dumpInto(child, below, all);
         } else {
-            all += hex(code) + "\n";
+            all.append(hex(code)).append("\n");
         }
     }
 }

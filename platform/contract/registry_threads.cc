@@ -69,6 +69,7 @@ TEST_P(Threads, ReadersAndWritersGetAlong) {
     std::atomic<bool> stop{false};
     std::atomic<long> reads{0};
     std::vector<std::thread> threads;
+    threads.reserve(5);
     for (int i = 0; i < 3; ++i) {
         threads.emplace_back([&] { readForAWhile(top, stop, reads); });
     }
@@ -87,6 +88,7 @@ TEST(ThreadsOpening, OpeningAndClosingOneStoreAtOnce) {
     const Folder folder;
     const std::string file = "sqlite:" + folder / "store.db";
     std::vector<std::thread> threads;
+    threads.reserve(5);
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&, i] {
             for (int round = 0; round < 10; ++round) {

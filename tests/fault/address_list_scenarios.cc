@@ -1,0 +1,122 @@
+// The address-list hive and directory lists.
+#include "fault/scenario.h"
+
+namespace zxtest {
+
+namespace {
+
+Outcome openHive(World& world) {
+    Outcome outcome;
+    int error = ZXPOL_S_OK;
+    _ZxPolComHandle* hive = lib(zxpol_openAddrListHive, world.store, &error);
+    settle(outcome, hive, error, zxpol_closeAddrListHive);
+    return outcome;
+}
+
+Outcome create(World& world, const char* name) {
+    Outcome outcome;
+    int error = ZXPOL_S_OK;
+    _ZxPolAddrListAttr attr = directoryAttr("made");
+    attr.port = 636;
+    _ZxPolComHandle* list = lib(zxpol_createAddrList, world.listHive, name, &attr, &error);
+    settle(outcome, list, error, zxpol_closeAddrList);
+    return outcome;
+}
+
+Outcome createNew(World& world) {
+    return create(world, "New");
+}
+
+Outcome createExisting(World& world) {
+    return create(world, "Far");
+}
+
+Outcome open(World& world) {
+    Outcome outcome;
+    int error = ZXPOL_S_OK;
+    _ZxPolComHandle* list = lib(zxpol_openAddrList, world.listHive, "Far", &error);
+    settle(outcome, list, error, zxpol_closeAddrList);
+    return outcome;
+}
+
+Outcome enumerate(World& world) {
+    return walkNames(world.listHive, zxpol_enumAddrList);
+}
+
+Outcome remove(World& world) {
+    Outcome outcome;
+    lib(zxpol_deleteAddrList, world.listHive, "Far", &outcome.result);
+    return outcome;
+}
+
+Outcome refresh(World& world) {
+    Outcome outcome;
+    lib(zxpol_refreshLdapCache, world.listHive, &outcome.result);
+    return outcome;
+}
+
+Outcome getAttrib(World& world) {
+    Outcome outcome;
+    _ZxPolAddrListAttr attr{};
+    lib(zxpol_getAddrListAttrib, world.list, &attr, &outcome.result);
+    outcome.answer = std::string(attr.displayName) + "|" + attr.comment + "|" + std::to_string(attr.type) + "|" +
+                     attr.server + "|" + std::to_string(attr.port) + "|" + attr.searchroot + "|" +
+                     std::to_string(attr.authentication) + "|" + std::to_string(attr.schematype) + "|" + attr.username +
+                     "|" + attr.password + "|" + attr.filter;
+    if (outcome.answer.find("hunter2") != std::string::npos) outcome.violation = "the password was given away";
+    return outcome;
+}
+
+Outcome setAttrib(World& world) {
+    Outcome outcome;
+    _ZxPolAddrListAttr attr = directoryAttr("changed");
+    attr.port = 1;
+    lib(zxpol_setAddrListAttrib, world.list, &attr, &outcome.result);
+    return outcome;
+}
+
+Outcome addressFunctions(World& world) {
+    Outcome outcome;
+    const char* addresses[] = {"a@b.example", nullptr};
+    char buffer[64];
+    uint32_t size = sizeof buffer;
+    int errors[4] = {ZXPOL_S_OK, ZXPOL_S_OK, ZXPOL_S_OK, ZXPOL_S_OK};
+    lib(zxpol_insertAddress, world.list, addresses, &errors[0]);
+    lib(zxpol_removeAddress, world.list, addresses, &errors[1]);
+    lib(zxpol_importAddress, world.list, 0u, 0u, "/nowhere", &errors[2]);
+    lib(zxpol_enumAddress, world.list, 0u, buffer, &size, &errors[3]);
+    for (const int error : errors)
+        outcome.answer += std::to_string(error) + "|";
+    return outcome;
+}
+
+}  // namespace
+
+const std::vector<Scenario>& addressListScenarios() {
+    // The version gate lets a store pass whose version cannot be written, and the results of reading and writing the
+    // common attributes are not looked at.
+    static const std::vector<Scenario> all = {
+        {"OpenAddrListHiveOfAnEmptyStore", Start::emptyStore, Retry::succeeds, openHive, {"setValue version"}},
+        {"OpenAddrListHive", Start::policy, Retry::succeeds, openHive, {}},
+        {"CreateAddrList", Start::policy, Retry::succeeds, createNew, {"setValue displayName", "setValue comment"}},
+        {"CreateAddrListThatExists",
+         Start::policy,
+         Retry::succeeds,
+         createExisting,
+         {"setValue displayName", "setValue comment"}},
+        {"OpenAddrList", Start::policy, Retry::succeeds, open, {}},
+        {"EnumAddrList", Start::policy, Retry::succeeds, enumerate, {}},
+        {"DeleteAddrList", Start::policy, Retry::mayNotFind, remove, {}},
+        {"RefreshLdapCache", Start::policy, Retry::succeeds, refresh, {}},
+        {"GetAddrListAttrib",
+         Start::policy,
+         Retry::succeeds,
+         getAttrib,
+         {"queryValue displayName", "queryValue comment"}},
+        {"SetAddrListAttrib", Start::policy, Retry::succeeds, setAttrib, {"setValue displayName", "setValue comment"}},
+        {"AddressFunctionsOfADirectoryList", Start::policy, Retry::succeeds, addressFunctions, {}},
+    };
+    return all;
+}
+
+}  // namespace zxtest

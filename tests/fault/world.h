@@ -1,0 +1,57 @@
+// The small policy that every scenario starts from, freshly opened for each run.
+#pragma once
+
+#include <string>
+
+#include "support/fault_memory.h"
+#include "support/fault_store.h"
+#include "support/records.h"
+#include "support/store_dump.h"
+#include "zxpolicy.h"
+
+namespace zxtest {
+
+// Calls a function of the library with its store calls and allocations counted, and failing as planned.
+template <class Result, class... Parameters, class... Arguments>
+Result lib(Result (*function)(Parameters...), Arguments... arguments) {
+    const CountedCalls calls;
+    const CountedAllocations allocations;
+    return function(arguments...);
+}
+
+/*
+ * The policy, in the order of creation:
+ *   lists     Dir, Far (directory lists)
+ *   filters   26 exclusive ascending, 7 exclusive descending
+ *   root      * to *; tasks scan (26, overridable), stamp (7)
+ *   \A        *@a.example to *, bob@b.example to *@x.example; tasks t (26; outcomes infected, clean), u (5), v (7);
+ *             marks \scan and \A\u
+ *   \A\B      bob@a.example to *; task deep
+ *   \A\C      *@a.example to *@y.example
+ *   \D        (Dir) to *, which no mail can be checked against
+ *   \E        * to carol@z.example
+ */
+class World {
+public:
+    // An empty store, or one with the policy; the hives, the rules \, \A and the task \A\t are open then.
+    explicit World(bool withPolicy);
+    ~World();
+    World(const World&) = delete;
+    World& operator=(const World&) = delete;
+
+    // What the store holds now, below its root.
+    std::string content() const { return describe(readStore(store)); }
+
+    // Closes everything that is open.
+    void close();
+
+    _ZxPolComHandle* store = nullptr;
+    _ZxPolComHandle* ruleHive = nullptr;
+    _ZxPolComHandle* listHive = nullptr;
+    _ZxPolComHandle* root = nullptr;
+    _ZxPolComHandle* a = nullptr;
+    _ZxPolComHandle* task = nullptr;
+    _ZxPolComHandle* list = nullptr;
+};
+
+}  // namespace zxtest

@@ -1,0 +1,76 @@
+#include "apply.h"
+
+#include <algorithm>
+#include <ostream>
+
+#include "apply_context.h"
+#include "policy_reader.h"
+#include "policy_store_reader.h"
+#include "text.h"
+#include "tool_error.h"
+
+namespace tool {
+
+namespace {
+
+// Passwords are unlocked only where the file names one to compare with.
+Secrets secretsFor(const Policy& policy) {
+    const bool hasPassword = std::any_of(policy.lists.begin(), policy.lists.end(),
+                                         [](const auto& entry) { return entry.second.password.has_value(); });
+    return hasPassword ? Secrets::Read : Secrets::Leave;
+}
+
+void applyAll(ApplyContext& context, const Policy& current, const Policy& wanted) {
+    int result = ZXPOL_S_OK;
+    const ListHiveHandle lists(zxpol_openAddrListHive(context.store.key(), &result));
+    const RuleHiveHandle rules(zxpol_openRuleHive(context.store.key(), 0, &result));
+    const RuleHandle root(zxpol_openRootRule(rules.get(), &result));
+    require(result, "cannot open the policy in " + oneLine(context.store.location()));
+    applyLists(context, lists, current, wanted);
+    applyExclusiveFilters(context, rules, current, wanted);
+    applyRootRule(context, root, current.root, wanted.root);
+    warnOfUncovered(context, root, wanted.root);
+}
+
+// Reads the store back: what it holds now must be what was wanted, and nothing else.
+void verify(const Store& store, const Policy& wanted, Secrets secrets) {
+    const StoredPolicy stored = readStoredPolicy(store, secrets);
+    requireNoProblems(stored.problems, "the store " + oneLine(store.location()) + " did not take the policy");
+    const std::string difference = firstDifference(stored.policy, wanted);
+    if (!difference.empty())
+        throw PolicyError("the store " + oneLine(store.location()) + " did not take " + oneLine(difference) +
+                          " as the file has them; nothing was changed");
+}
+
+}  // namespace
+
+ApplyResult applyPolicy(const Store& store, const std::string& fileName, const Policy& policy, bool isDryRun) {
+    const YamlSource source(fileName);
+    const Secrets secrets = secretsFor(policy);
+    ApplyContext context{store, source, {}, {}, Progress("rules")};
+    StoreUpdate update(store);
+    const StoredPolicy stored = readStoredPolicy(store, secrets);
+    requireNoProblems(stored.problems, "cannot change the store " + oneLine(store.location()));
+    applyAll(context, stored.policy, policy);
+    verify(store, policy, secrets);
+    if (isDryRun)
+        update.cancel();
+    else
+        update.keep();
+    context.progress.clear();
+    return {std::move(context.changes), std::move(context.warnings)};
+}
+
+void runApply(const ApplyOptions& options, std::ostream& out, std::ostream& err) {
+    const std::string fileName = options.file == "-" ? "standard input" : options.file;
+    const Policy policy = readPolicy(fileName, readFile(options.file));
+    // A dry run must not even make an empty store.
+    const bool isNew = options.isDryRun && isMissingFile(options.store);
+    const Store store(isNew ? "memory:" : options.store, Store::Missing::Create);
+    const ApplyResult result = applyPolicy(store, fileName, policy, options.isDryRun);
+    for (const std::string& warning : result.warnings)
+        err << "zxpolicy: warning: " << warning << '\n';
+    result.changes.print(out, options.format, options.isDryRun);
+}
+
+}  // namespace tool

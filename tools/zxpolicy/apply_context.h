@@ -1,0 +1,50 @@
+// What the steps of an apply share.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "change_log.h"
+#include "policy_file.h"
+#include "progress.h"
+#include "store.h"
+
+namespace tool {
+
+struct ApplyContext {
+    const Store& store;
+    const YamlSource& source;
+    ChangeLog changes;
+    std::vector<std::string> warnings;
+    Progress progress;
+};
+
+// Each brings one part of the store from what it holds to what is wanted, and logs what it did. They run within an
+// update of the store, and throw a ToolError when something fails: the caller takes everything back then.
+
+void applyLists(ApplyContext& context, const ListHiveHandle& hive, const Policy& current, const Policy& wanted);
+void applyExclusiveFilters(ApplyContext& context, const RuleHiveHandle& hive, const Policy& current,
+                           const Policy& wanted);
+// The root rule with all below it.
+void applyRootRule(ApplyContext& context, const RuleHandle& root, const Rule& current, const Rule& wanted);
+void applyTasks(ApplyContext& context, const RuleHandle& rule, const std::string& path, const Rule& current,
+                const Rule& wanted);
+// Returns what changed, as details of the rule's change.
+std::vector<std::string> applyConditions(ApplyContext& context, const RuleHandle& rule, const std::string& path,
+                                         const Rule& current, const Rule& wanted);
+std::vector<std::string> applyInactiveMarks(ApplyContext& context, const RuleHandle& rule, const std::string& path,
+                                            const std::string& ruleKey, const Rule& current, const Rule& wanted);
+// Returns what changed, as details of the task's change.
+std::vector<std::string> applySetting(_ZxPolComHandle* key, const std::string& where, const Setting& current,
+                                      const Setting& wanted);
+
+// Warns of conditions below the root that no condition of the parent covers. Writes nothing.
+void warnOfUncovered(ApplyContext& context, const RuleHandle& root, const Rule& wanted);
+
+// Copies a text that is known to fit into a field of a record.
+template <size_t size>
+void copyText(char (&field)[size], const std::string& text) {
+    field[text.copy(field, size - 1)] = '\0';
+}
+
+}  // namespace tool

@@ -1,0 +1,105 @@
+#include "change_log.h"
+
+#include <algorithm>
+#include <array>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "json_line.h"
+#include "text.h"
+
+namespace tool {
+
+namespace {
+
+constexpr std::array kKinds{Change::Kind::Created, Change::Kind::Changed, Change::Kind::Moved, Change::Kind::Deleted};
+
+const char* kindName(Change::Kind kind) {
+    switch (kind) {
+        case Change::Kind::Created:
+            return "created";
+        case Change::Kind::Changed:
+            return "changed";
+        case Change::Kind::Moved:
+            return "moved";
+        case Change::Kind::Deleted:
+            break;
+    }
+    return "deleted";
+}
+
+std::string line(const Change& change) {
+    std::string text = std::string(kindName(change.kind)) + " " + change.what;
+    if (!change.name.empty()) text += " " + oneLine(change.name);
+    for (size_t i = 0; i < change.details.size(); ++i)
+        text += (i == 0 ? " (" : "; ") + oneLine(change.details[i]);
+    return change.details.empty() ? text : text + ")";
+}
+
+}  // namespace
+
+size_t ChangeLog::count(Change::Kind kind) const {
+    return static_cast<size_t>(
+        std::count_if(_changes.begin(), _changes.end(), [&](const Change& change) { return change.kind == kind; }));
+}
+
+void ChangeLog::print(std::ostream& out, OutputFormat format, bool isDryRun) const {
+    if (format == OutputFormat::Json)
+        printJson(out, isDryRun);
+    else
+        printText(out, isDryRun);
+}
+
+void ChangeLog::printText(std::ostream& out, bool isDryRun) const {
+    for (const Change& change : _changes)
+        out << line(change) << '\n';
+    if (_changes.empty()) {
+        out << "nothing to change\n";
+        return;
+    }
+    const char* separator = "";
+    for (Change::Kind kind : kKinds) {
+        if (count(kind) == 0) continue;
+        out << separator << grouped(count(kind)) << ' ' << kindName(kind);
+        separator = ", ";
+    }
+    out << (isDryRun ? "; dry run: nothing was written\n" : "\n");
+}
+
+void ChangeLog::printJson(std::ostream& out, bool isDryRun) const {
+    nlohmann::ordered_json document{{"dryRun", isDryRun}, {"changes", nlohmann::ordered_json::array()}};
+    for (const Change& change : _changes)
+        document["changes"].push_back({{"change", kindName(change.kind)},
+                                       {"what", change.what},
+                                       {"name", change.name},
+                                       {"details", change.details}});
+    for (Change::Kind kind : kKinds)
+        document[kindName(kind)] = count(kind);
+    out << jsonLine(document);
+}
+
+void compare(std::vector<std::string>& details, const char* label, const std::string& before,
+             const std::string& after) {
+    if (before != after) details.push_back(std::string(label) + ": " + inQuotes(before) + " -> " + inQuotes(after));
+}
+
+void compare(std::vector<std::string>& details, const char* label, uint32_t before, uint32_t after) {
+    if (before != after)
+        details.push_back(std::string(label) + ": " + std::to_string(before) + " -> " + std::to_string(after));
+}
+
+void compare(std::vector<std::string>& details, const char* label, bool before, bool after) {
+    const auto word = [](bool value) { return value ? "true" : "false"; };
+    if (before != after) details.push_back(std::string(label) + ": " + word(before) + " -> " + word(after));
+}
+
+void countChanges(std::vector<std::string>& details, const char* label, size_t added, size_t removed) {
+    if (added == 0 && removed == 0) return;
+    std::string text = std::string(label) + ": ";
+    if (added != 0) text += "added " + std::to_string(added);
+    if (added != 0 && removed != 0) text += ", ";
+    if (removed != 0) text += "removed " + std::to_string(removed);
+    details.push_back(text);
+}
+
+}  // namespace tool

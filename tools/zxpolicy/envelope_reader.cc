@@ -1,0 +1,72 @@
+#include "envelope_reader.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "text.h"
+#include "tool_error.h"
+
+namespace tool {
+
+namespace {
+
+constexpr size_t kMaxLine = size_t{16} << 20;
+
+}  // namespace
+
+std::string senderFromText(const std::string& text) {
+    return text == "<>" ? "" : text;
+}
+
+EnvelopeReader::EnvelopeReader(const std::string& path)
+    : _name(path == "-" ? "standard input" : path),
+      _opened(path == "-" ? nullptr : std::fopen(path.c_str(), "rbe")),
+      _file(path == "-" ? stdin : _opened.get()) {
+    if (_file == nullptr) throw UsageError("cannot open " + inQuotes(path, 4096) + ": " + std::strerror(errno));
+}
+
+void EnvelopeReader::fail(const std::string& text) const {
+    throw UsageError(oneLine(_name) + ":" + std::to_string(_line) + ": " + text);
+}
+
+// Reads a line without its end; false when there is none.
+bool EnvelopeReader::readLine(std::string& line) {
+    line.clear();
+    ++_line;
+    int c = 0;
+    while ((c = std::getc(_file)) != EOF && c != '\n') {
+        if (c == '\0') fail("a NUL byte cannot stand in an address");
+        if (line.size() == kMaxLine) fail("the line is longer than 16 MiB; split the mail");
+        line.push_back(static_cast<char>(c));
+    }
+    if (std::ferror(_file) != 0) fail(std::string("cannot read on: ") + std::strerror(errno));
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    return c != EOF || !line.empty();
+}
+
+void EnvelopeReader::parse(const std::string& line, Envelope& envelope) const {
+    const size_t tab = line.find('\t');
+    if (tab == std::string::npos) fail("there is no TAB between sender and receivers");
+    if (line.find('\t', tab + 1) != std::string::npos) fail("there is a second TAB; receivers are separated by commas");
+    if (tab == 0) fail("the sender is empty; the null sender is <>");
+    envelope.sender = senderFromText(line.substr(0, tab));
+    envelope.receivers.clear();
+    for (size_t begin = tab + 1; begin <= line.size();) {
+        const size_t end = std::min(line.find(',', begin), line.size());
+        if (end == begin) fail("a receiver is empty");
+        envelope.receivers.push_back(line.substr(begin, end - begin));
+        begin = end + 1;
+    }
+}
+
+bool EnvelopeReader::next(Envelope& envelope) {
+    std::string line;
+    while (readLine(line)) {
+        if (line.find_first_not_of(" \t") == std::string::npos) continue;
+        parse(line, envelope);
+        return true;
+    }
+    return false;
+}
+
+}  // namespace tool

@@ -1,0 +1,57 @@
+#include "match_command.h"
+
+#include <algorithm>
+#include <ostream>
+
+#include "match_report.h"
+#include "progress.h"
+#include "tool_error.h"
+
+namespace tool {
+
+namespace {
+
+void matchOne(const MatchCommandOptions& options, Matcher& matcher, std::ostream& out) {
+    const Envelope envelope{senderFromText(options.sender), options.receivers};
+    const bool hasEmpty = std::any_of(envelope.receivers.begin(), envelope.receivers.end(),
+                                      [](const std::string& receiver) { return receiver.empty(); });
+    if (hasEmpty) throw UsageError("a receiver is empty");
+    const Decision decision = matcher.decide(envelope);
+    if (options.format == OutputFormat::Json)
+        printJson(out, envelope, decision);
+    else
+        printText(out, envelope, decision);
+}
+
+void matchMany(const MatchCommandOptions& options, EnvelopeReader& reader, Matcher& matcher, std::ostream& out) {
+    Progress progress("mails");
+    MatchSummary summary;
+    Envelope envelope;
+    while (reader.next(envelope)) {
+        const Decision decision = matcher.decide(envelope);
+        if (options.format == OutputFormat::Json)
+            printJson(out, envelope, decision);
+        else
+            summary.add(envelope, decision);
+        progress.step();
+    }
+    progress.clear();
+    if (options.format == OutputFormat::Text) summary.print(out, readRuleTree(matcher.rules()));
+}
+
+}  // namespace
+
+void runMatch(const MatchCommandOptions& options, std::ostream& out) {
+    const Store store(options.store, Store::Missing::Refuse);
+    store.requirePolicy();
+    if (options.envelopes.empty()) {
+        Matcher matcher(store, options.match);
+        matchOne(options, matcher, out);
+        return;
+    }
+    EnvelopeReader reader(options.envelopes);
+    Matcher matcher(store, options.match);
+    matchMany(options, reader, matcher, out);
+}
+
+}  // namespace tool

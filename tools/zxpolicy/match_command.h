@@ -1,0 +1,25 @@
+// The command match.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "matcher.h"
+#include "output_format.h"
+
+namespace tool {
+
+struct MatchCommandOptions {
+    std::string store;
+    std::string sender;  // with receivers: one mail
+    std::vector<std::string> receivers;
+    std::string envelopes;  // else a file of mails
+    MatchOptions match;
+    OutputFormat format = OutputFormat::Text;
+};
+
+// Decides on the mail or the mails. Throws a ToolError.
+void runMatch(const MatchCommandOptions& options, std::ostream& out);
+
+}  // namespace tool

@@ -1,0 +1,61 @@
+// Decisions on mails by a store's policy.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "envelope_reader.h"
+#include "store.h"
+
+namespace tool {
+
+struct MatchOptions {
+    bool isBest = false;
+    ZxPolMatchPriorityType priority = ZXPOL_PRIORITY_TOTAL;
+    ZxPolMatchWeightType weight = ZXPOL_WEIGHT_DOMAIN_FIRST;
+};
+
+struct MatchedRule {
+    std::string path;
+    std::vector<std::string> receivers;
+    std::vector<std::string> tasks;  // full names, in the order in which they are to be done
+};
+
+struct Decision {
+    std::vector<MatchedRule> matches;  // in the order of first match
+    std::vector<std::string> unmatched;
+    std::chrono::nanoseconds duration;  // of the library's answer alone
+};
+
+class Matcher {
+public:
+    // Opens the policy in the store, and sets the process's options of best matching. Throws a ToolError.
+    Matcher(const Store& store, const MatchOptions& options);
+
+    // Decides on one mail by the policy of one moment, whatever other processes do meanwhile. Throws a StoreError.
+    Decision decide(const Envelope& envelope);
+
+    const RuleHiveHandle& rules() const { return _rules; }
+
+private:
+    class Answer;
+
+    Decision decideOnce(const Envelope& envelope, std::vector<const char*>& receivers);
+    Decision decideUnchanged(const Envelope& envelope, std::vector<const char*>& receivers);
+    void learnTasks(const Envelope& envelope, std::vector<const char*>& receivers);
+    std::vector<std::string> taskNames(const Answer& answer, size_t pair, const std::vector<std::string>& lines,
+                                       size_t& line) const;
+
+    const Store& _store;
+    uint32_t _mode;
+    ListHiveHandle _lists;
+    RuleHiveHandle _rules;
+    // The tasks by rule, as the policy with this stamp has them.
+    std::map<std::string, std::vector<std::string>> _tasks;
+    uint64_t _tasksStamp = 0;
+};
+
+}  // namespace tool

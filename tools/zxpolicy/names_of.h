@@ -1,0 +1,28 @@
+// The names that an enumerating function of the library gives.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "result_names.h"
+#include "tool_error.h"
+#include "zxpolicy.h"
+
+namespace tool {
+
+// Walks an enumeration to its end. Throws a StoreError "cannot read WHAT".
+template <class Enumerate>
+std::vector<std::string> namesOf(Enumerate enumerate, _ZxPolComHandle* handle, const std::string& what) {
+    std::vector<std::string> names;
+    for (;;) {
+        char name[ZXPOL_NAME_SIZE];
+        uint32_t size = sizeof name;
+        int result = ZXPOL_S_OK;
+        enumerate(handle, static_cast<uint32_t>(names.size()), name, &size, &result);
+        if (hasReason(result, kReasonEnd)) return names;
+        require(result, "cannot read " + what);
+        names.emplace_back(name);
+    }
+}
+
+}  // namespace tool

@@ -1,0 +1,8 @@
+// How a command reports.
+#pragma once
+
+namespace tool {
+
+enum class OutputFormat { Text, Json };
+
+}  // namespace tool

@@ -1,0 +1,98 @@
+#include "policy_faults.h"
+
+#include <algorithm>
+#include <map>
+
+#include "policy_check.h"
+#include "policy_limits.h"
+#include "text.h"
+
+namespace tool {
+
+namespace {
+
+class FaultFinder {
+public:
+    std::vector<std::string> run(const Policy& policy) {
+        Names lists;
+        for (const auto& [name, list] : policy.lists) {
+            const std::string where = "address list " + inQuotes(name, kMaxName);
+            lookAtName(where, name, lists);
+            if (list.password) add(where + ": its password", textFault(*list.password, kMaxPassword));
+        }
+        if (policy.root.conditions.empty()) add("rule \\", "has no conditions");
+        lookAtRule(policy.root, "\\", 1);
+        return std::move(_faults);
+    }
+
+private:
+    using Names = std::map<std::string, std::string>;
+
+    void add(const std::string& where, const std::string& fault) {
+        if (!fault.empty()) _faults.push_back(where + " " + fault);
+    }
+
+    // Checks a name, and that none of its siblings differs from it only in letter case.
+    void lookAtName(const std::string& where, const std::string& name, Names& siblings) {
+        add(where, nameFault(name));
+        const auto [found, isNew] = siblings.emplace(lowerCase(name), name);
+        if (!isNew) add(where, "differs from " + inQuotes(found->second, kMaxName) + " only in letter case");
+    }
+
+    void lookAtRule(const Rule& rule, const std::string& path, size_t depth) {
+        const std::string where = "rule " + oneLine(path);
+        if (depth > kMaxRuleDepth) return add(where, "lies deeper than a policy file can say");
+        for (const Condition& condition : rule.conditions) {
+            add(where + ": the sender " + inQuotes(condition.sender) + " of a condition",
+                senderFault(condition.sender));
+            add(where + ": the receiver " + inQuotes(condition.receiver) + " of a condition",
+                receiverFault(condition.receiver));
+        }
+        Names marks;
+        for (const InactiveMark& mark : rule.inactive) {
+            const std::string subject = where + ": the inactive mark " + inQuotes(mark.task, kMaxName);
+            add(subject, markFault(mark.task));
+            if (!marks.emplace(markKey(mark.task), mark.task).second) add(subject, "stands twice");
+        }
+        Names tasks;
+        for (const Task& task : rule.tasks)
+            lookAtTask(task, childName(path, task.name), tasks);
+        Names rules;
+        for (const Rule& child : rule.rules) {
+            const std::string childPath = childName(path, child.name);
+            lookAtName("rule " + oneLine(childPath), child.name, rules);
+            lookAtRule(child, childPath, depth + 1);
+        }
+    }
+
+    void lookAtTask(const Task& task, const std::string& fullName, Names& siblings) {
+        const std::string where = "task " + oneLine(fullName);
+        lookAtName(where, task.name, siblings);
+        if (fullName.size() > kMaxName) add(where, "has a full name longer than 255 bytes");
+        Names outcomes;
+        for (const auto& [name, text] : task.outcomes) {
+            const std::string subject = where + ": outcome " + inQuotes(name, kMaxName);
+            lookAtName(subject, name, outcomes);
+            if (text.empty()) add(subject, "is empty");
+        }
+        std::map<std::string, Names> settings;
+        for (const auto& [path, item] : task.setting) {
+            const size_t slash = path.rfind('\\');
+            const std::string parent = slash == std::string::npos ? "" : path.substr(0, slash);
+            const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+            lookAtName(where + ": setting " + inQuotes(path, 1024), name, settings[parent]);
+            if (static_cast<size_t>(std::count(path.begin(), path.end(), '\\')) >= kMaxSettingDepth)
+                add(where + ": setting " + inQuotes(path, 1024), "lies deeper than a policy file can say");
+        }
+    }
+
+    std::vector<std::string> _faults;
+};
+
+}  // namespace
+
+std::vector<std::string> policyFaults(const Policy& policy) {
+    return FaultFinder().run(policy);
+}
+
+}  // namespace tool

@@ -1,0 +1,122 @@
+#include "policy_reader.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+#include "policy_check.h"
+#include "rule_reader.h"
+#include "text.h"
+#include "tool_error.h"
+#include "unique_names.h"
+#include "yaml_fields.h"
+
+namespace tool {
+
+namespace {
+
+constexpr uint32_t kFormat = 1;
+
+DirectoryList readList(const YamlReader& reader, const YamlNode& node, const YamlFields& fields) {
+    DirectoryList list;
+    list.place = node.place;
+    list.displayName = fields.text("displayName", kMaxName);
+    list.comment = fields.text("comment", kMaxComment);
+    list.server = fields.text("server", kMaxName);
+    list.port = fields.number("port");
+    list.searchroot = fields.text("searchroot", kMaxName);
+    list.authentication = fields.number("authentication");
+    list.schematype = fields.number("schematype");
+    list.username = fields.text("username", kMaxName);
+    if (const YamlNode* password = fields.find("password"))
+        list.password = reader.text(*password, "\"password\"", kMaxPassword);
+    list.filter = fields.text("filter", kMaxFilter);
+    return list;
+}
+
+// Lists kept in the store are known to the format, and refused by name.
+void refuseNormalList(const YamlReader& reader, const YamlNode& node, const YamlFields& fields) {
+    const YamlNode* addresses = fields.find("addresses");
+    if (addresses != nullptr)
+        reader.source().fail(addresses->place, "lists with \"addresses\" are not supported by this version");
+    const YamlNode* type = fields.find("type");
+    const std::string value = type == nullptr ? "normal" : reader.text(*type, "\"type\"", kMaxName);
+    if (value == "directory") return;
+    const Place& place = type == nullptr ? node.place : type->place;
+    if (value == "normal")
+        reader.source().fail(place, "lists of type normal are not supported by this version; only directory is");
+    reader.source().fail(place, "\"type\" of a list must be directory, not " + inQuotes(value));
+}
+
+void readLists(const YamlReader& reader, const YamlFields& top, Policy& policy) {
+    UniqueNames names(reader.source(), "list");
+    for (const YamlNode& node : top.items("lists")) {
+        const YamlFields fields(reader, node, "a list",
+                                {"name", "type", "addresses", "displayName", "comment", "server", "port", "searchroot",
+                                 "authentication", "schematype", "username", "password", "filter"});
+        const YamlNode& nameNode = fields.need("name");
+        const std::string name = reader.name(nameNode, "the name of a list");
+        names.add(name, nameNode.place);
+        refuseNormalList(reader, node, fields);
+        policy.lists.emplace(name, readList(reader, node, fields));
+    }
+}
+
+FilterPriority readPriority(const YamlReader& reader, const YamlNode& node) {
+    const std::string text = reader.text(node, "\"priority\" of an exclusive filter", kMaxName);
+    if (text == "asc") return FilterPriority::Ascending;
+    if (text == "desc") return FilterPriority::Descending;
+    reader.source().fail(node.place, "\"priority\" of an exclusive filter must be asc or desc, not " + inQuotes(text));
+}
+
+void readExclusiveFilters(const YamlReader& reader, const YamlFields& top, Policy& policy) {
+    for (const YamlNode& node : top.items("exclusiveFilters")) {
+        const YamlFields fields(reader, node, "an exclusive filter", {"filter", "priority"});
+        const uint32_t filter = reader.number(fields.need("filter"), "\"filter\" of an exclusive filter");
+        const FilterPriority priority = readPriority(reader, fields.need("priority"));
+        if (!policy.exclusiveFilters.emplace(filter, priority).second)
+            reader.source().fail(node.place, "exclusive filter " + std::to_string(filter) + " stands twice");
+    }
+}
+
+}  // namespace
+
+Policy readPolicy(const std::string& fileName, const std::string& text) {
+    const YamlSource source(fileName);
+    const YamlReader reader(source);
+    const YamlNode document = parseYaml(source, text);
+    if (document.kind == YamlNode::Kind::Null) source.fail({1, 1}, "the file is empty; it must begin with zxpolicy: 1");
+    const YamlFields top(reader, document, "the policy file",
+                         {"zxpolicy", "lists", "classifications", "exclusiveFilters", "root"});
+    const YamlNode& format = top.need("zxpolicy");
+    if (reader.number(format, "\"zxpolicy\"") != kFormat)
+        source.fail(format.place, "policy format " + inQuotes(format.text) + " is not known; this version reads 1");
+    if (const YamlNode* classifications = top.find("classifications"))
+        source.fail(classifications->place, "\"classifications\" are not supported by this version");
+
+    Policy policy;
+    readLists(reader, top, policy);
+    readExclusiveFilters(reader, top, policy);
+    policy.root = readRootRule(reader, top.need("root"));
+    return policy;
+}
+
+std::string readFile(const std::string& path) {
+    const auto close = [](std::FILE* file) { return std::fclose(file); };
+    const bool isInput = path == "-";
+    std::unique_ptr<std::FILE, decltype(close)> opened(isInput ? nullptr : std::fopen(path.c_str(), "rbe"), close);
+    std::FILE* file = isInput ? stdin : opened.get();
+    if (file == nullptr) throw UsageError("cannot open " + inQuotes(path, 4096) + ": " + std::strerror(errno));
+    std::string text;
+    char buffer[65536];
+    for (size_t count = 0; (count = std::fread(buffer, 1, sizeof buffer, file)) > 0;)
+        text.append(buffer, count);
+    if (std::ferror(file) != 0) throw UsageError("cannot read " + inQuotes(path, 4096) + ": " + std::strerror(errno));
+    return text;
+}
+
+}  // namespace tool

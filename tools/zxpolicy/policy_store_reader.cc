@@ -1,0 +1,212 @@
+#include "policy_store_reader.h"
+
+#include <cstring>
+
+#include "names_of.h"
+#include "policy_faults.h"
+#include "raw_key.h"
+#include "result_names.h"
+#include "store_audit.h"
+#include "text.h"
+#include "tool_error.h"
+
+namespace tool {
+
+namespace {
+
+constexpr int kSnapshotTries = 3;
+
+void readOutcomes(const TaskHandle& handle, const std::string& where, Task& task) {
+    std::string value(1024, '\0');
+    for (uint32_t index = 0;;) {
+        char name[ZXPOL_NAME_SIZE];
+        uint32_t nameSize = sizeof name;
+        auto valueSize = static_cast<uint32_t>(value.size());
+        int result = ZXPOL_S_OK;
+        zxpol_enumOutcome(handle.get(), index, name, &nameSize, value.data(), &valueSize, &result);
+        if (hasReason(result, kReasonEnd)) return;
+        if (hasReason(result, kReasonTooSmall) && valueSize > value.size()) {
+            value.resize(valueSize);
+            continue;
+        }
+        require(result, "cannot read the outcomes of task " + where);
+        task.outcomes.emplace(name, value.c_str());
+        ++index;
+    }
+}
+
+void readSetting(_ZxPolComHandle* key, const std::string& prefix, Setting& setting) {
+    for (const RawValue& value : rawValues(key)) {
+        SettingItem& item = setting[prefix + value.name];
+        std::vector<std::string> texts;
+        if (value.type == ZXREG_NUMBER)
+            item = numberOf(value);
+        else if (value.type == ZXREG_MULTI_STRING && splitTexts(value, texts))
+            item = texts;
+        else
+            item = textOf(value);
+    }
+    for (const std::string& name : rawSubkeys(key)) {
+        setting.emplace(prefix + name, SettingKey{});
+        const KeyHandle below = openRawKey(key, name);
+        readSetting(below.get(), prefix + name + "\\", setting);
+    }
+}
+
+Task readTask(const RuleHandle& rule, const std::string& name, const std::string& fullName) {
+    const std::string where = oneLine(fullName);
+    int result = ZXPOL_S_OK;
+    const TaskHandle handle(zxpol_openTask(rule.get(), name.c_str(), &result));
+    _ZxPolTaskAttr attr{};
+    zxpol_getTaskAttrib(handle.get(), &attr, &result);
+    const KeyHandle settingKey(attr.setting);
+    require(result, "cannot read task " + where);
+    Task task;
+    task.name = name;
+    task.displayName = attr.displayName;
+    task.comment = attr.comment;
+    task.filter = attr.filter;
+    task.enable = attr.enable != 0;
+    task.overridable = attr.overridable != 0;
+    readOutcomes(handle, where, task);
+    readSetting(settingKey.get(), "", task.setting);
+    return task;
+}
+
+Rule readRule(const Store& store, const RuleHandle& handle, const std::string& path, const std::string& key) {
+    const std::string where = oneLine(path);
+    _ZxPolRuleAttr attr{};
+    int result = ZXPOL_S_OK;
+    zxpol_getRuleAttrib(handle.get(), &attr, &result);
+    require(result, "cannot read rule " + where);
+    Rule rule;
+    rule.displayName = attr.displayName;
+    rule.comment = attr.comment;
+    rule.matchType = attr.matchType;
+    if (rule.matchType == 0) rule.conditions = readStoredConditions(handle, where);
+    rule.inactive = readInactiveMarks(store, key);
+    for (const std::string& name : namesOf(zxpol_enumTask, handle.get(), "the tasks of rule " + where))
+        rule.tasks.push_back(readTask(handle, name, childName(path, name)));
+    for (const std::string& name : namesOf(zxpol_enumRule, handle.get(), "the rules below rule " + where)) {
+        result = ZXPOL_S_OK;
+        const RuleHandle child(zxpol_openRule(handle.get(), name.c_str(), &result));
+        require(result, "cannot open rule " + oneLine(childName(path, name)));
+        rule.rules.push_back(readRule(store, child, childName(path, name), childRuleKey(key, name)));
+        rule.rules.back().name = name;
+    }
+    return rule;
+}
+
+std::string readPassword(const Store& store, const std::string& name) {
+    const KeyHandle list = openRawKey(store.key(), "AddressList\\" + name);
+    return rawData(list.get(), "password").c_str();
+}
+
+DirectoryList readList(const Store& store, const ListHiveHandle& hive, const std::string& name, Secrets secrets) {
+    int result = ZXPOL_S_OK;
+    const ListHandle handle(zxpol_openAddrList(hive.get(), name.c_str(), &result));
+    _ZxPolAddrListAttr attr{};
+    zxpol_getAddrListAttrib(handle.get(), &attr, &result);
+    require(result, "cannot read address list " + inQuotes(name, 255));
+    DirectoryList list;
+    list.displayName = attr.displayName;
+    list.comment = attr.comment;
+    list.server = attr.server;
+    list.port = attr.port;
+    list.searchroot = attr.searchroot;
+    list.authentication = attr.authentication;
+    list.schematype = attr.schematype;
+    list.username = attr.username;
+    list.filter = attr.filter;
+    if (secrets == Secrets::Read) list.password = readPassword(store, name);
+    return list;
+}
+
+void readExclusiveFilters(const RuleHiveHandle& hive, Policy& policy) {
+    for (uint32_t index = 0;; ++index) {
+        uint32_t filter = 0;
+        ZxPolFilterPriorityType type = ZXPOL_FILTER_ASC_EXCLUSIVE;
+        int result = ZXPOL_S_OK;
+        zxpol_enumExclusiveFilterType(hive.get(), index, &filter, &type, &result);
+        if (hasReason(result, kReasonEnd)) return;
+        require(result, "cannot read the exclusive filters");
+        policy.exclusiveFilters.emplace(
+            filter, type == ZXPOL_FILTER_ASC_EXCLUSIVE ? FilterPriority::Ascending : FilterPriority::Descending);
+    }
+}
+
+// Reads a policy when the store did not change meanwhile; false when it did.
+bool tryReading(const Store& store, Secrets secrets, StoredPolicy& stored) {
+    const uint64_t before = store.stamp();
+    try {
+        stored = readStoredPolicy(store, secrets);
+    } catch (const StoreError&) {
+        if (store.stamp() == before) throw;
+    }
+    return store.stamp() == before;
+}
+
+}  // namespace
+
+std::string childRuleKey(const std::string& ruleKey, const std::string& name) {
+    return ruleKey + "\\rules\\" + name;
+}
+
+std::vector<InactiveMark> readInactiveMarks(const Store& store, const std::string& ruleKey) {
+    std::vector<InactiveMark> marks;
+    const KeyHandle key = openRawKey(store.key(), ruleKey + "\\inactive");
+    if (!key) return marks;
+    for (const RawValue& value : rawValues(key.get()))
+        marks.push_back({textOf(value), {}});
+    return marks;
+}
+
+std::vector<Condition> readStoredConditions(const RuleHandle& rule, const std::string& where) {
+    std::vector<Condition> conditions;
+    for (uint32_t index = 0;; ++index) {
+        _ZxPolAddrPairCond pair{};
+        uint32_t size = sizeof pair;
+        int result = ZXPOL_S_OK;
+        zxpol_enumCondition(rule.get(), index, reinterpret_cast<unsigned char*>(&pair), &size, &result);
+        if (hasReason(result, kReasonEnd)) return conditions;
+        require(result, "cannot read the conditions of rule " + where);
+        conditions.push_back({pair.sender, pair.receiver, {}});
+    }
+}
+
+StoredPolicy readStoredPolicy(const Store& store, Secrets secrets) {
+    StoredPolicy stored;
+    stored.problems = auditStore(store.key());
+    if (!stored.problems.empty()) return stored;
+
+    int result = ZXPOL_S_OK;
+    const ListHiveHandle lists(zxpol_openAddrListHive(store.key(), &result));
+    const RuleHiveHandle rules(zxpol_openRuleHive(store.key(), 0, &result));
+    const RuleHandle root(zxpol_openRootRule(rules.get(), &result));
+    require(result, "cannot open the policy in " + oneLine(store.location()));
+    for (const std::string& name : namesOf(zxpol_enumAddrList, lists.get(), "the address lists"))
+        stored.policy.lists.emplace(name, readList(store, lists, name, secrets));
+    readExclusiveFilters(rules, stored.policy);
+    stored.policy.root = readRule(store, root, "\\", kRootRuleKey);
+    stored.problems = policyFaults(stored.policy);
+    return stored;
+}
+
+StoredPolicy readPolicySnapshot(const Store& store, Secrets secrets) {
+    StoredPolicy stored;
+    for (int i = 0; i < kSnapshotTries; ++i)
+        if (tryReading(store, secrets, stored)) return stored;
+    StoreUpdate update(store);
+    stored = readStoredPolicy(store, secrets);
+    update.cancel();
+    return stored;
+}
+
+void requireNoProblems(const std::vector<std::string>& problems, const std::string& what) {
+    if (problems.empty()) return;
+    const std::string others =
+        problems.size() == 1 ? "" : " (and " + std::to_string(problems.size() - 1) + " more such things)";
+    throw PolicyError(what + ": " + problems.front() + others + "; remove it with the program that wrote it");
+}
+
+}  // namespace tool

@@ -1,0 +1,253 @@
+#include "store_audit.h"
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <optional>
+
+#include "policy_check.h"
+#include "policy_file.h"
+#include "raw_key.h"
+#include "text.h"
+
+namespace tool {
+
+namespace {
+
+// A value that must be there: its type, and for a text the most bytes of it.
+struct Expected {
+    const char* name;
+    uint32_t type;
+    size_t most;
+};
+
+using ExpectedValues = std::vector<Expected>;
+
+// What is wrong with a value that belongs to a family such as "condition1", or nothing; absent when it belongs to none.
+using FamilyCheck = std::function<std::optional<std::string>(const RawValue&)>;
+
+// Whether a name is a prefix, in any letter case, followed by nothing but digits.
+bool isNumbered(const std::string& name, const std::string& prefix) {
+    return lowerCase(name).compare(0, prefix.size(), prefix) == 0 &&
+           std::all_of(name.begin() + static_cast<std::ptrdiff_t>(prefix.size()), name.end(),
+                       [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// What is wrong with the form of a value, or the empty text.
+std::string formFault(const RawValue& value, uint32_t type, size_t most) {
+    if (value.type != type) return "is of the wrong type";
+    if (type == ZXREG_NUMBER && value.data.size() != sizeof(uint32_t)) return "is no number of 4 bytes";
+    if (type != ZXREG_STRING) return "";
+    if (!isText(value)) return "is no text";
+    return textFault(textOf(value), most);
+}
+
+std::optional<std::string> noFamily(const RawValue&) {
+    return std::nullopt;
+}
+
+FamilyCheck textFamily(const char* prefix, size_t most) {
+    return [=](const RawValue& value) -> std::optional<std::string> {
+        if (!isNumbered(value.name, prefix)) return std::nullopt;
+        return formFault(value, ZXREG_STRING, most);
+    };
+}
+
+class Audit {
+public:
+    explicit Audit(_ZxPolComHandle* store) : _store(store) {}
+
+    std::vector<std::string> run() {
+        if (const KeyHandle lists = openRawKey(_store, "AddressList")) lookAtLists(lists.get());
+        if (const KeyHandle classifications = openRawKey(_store, "Classification"))
+            lookAtClassifications(classifications.get());
+        if (const KeyHandle hive = openRawKey(_store, "Rule")) lookAtRuleHive(hive.get());
+        return std::move(_problems);
+    }
+
+private:
+    void add(const std::string& where, const std::string& text) { _problems.push_back(where + " " + text); }
+
+    void lookAtValues(_ZxPolComHandle* key, const std::string& where, const ExpectedValues& expected,
+                      const FamilyCheck& family) {
+        std::vector<const char*> found;
+        for (const RawValue& value : rawValues(key)) {
+            const std::string subject = "has a value " + inQuotes(value.name, kMaxName);
+            const auto wanted = std::find_if(expected.begin(), expected.end(),
+                                             [&](const Expected& entry) { return value.name == entry.name; });
+            const std::optional<std::string> familyFault = family(value);
+            if (wanted != expected.end()) {
+                found.push_back(wanted->name);
+                const std::string fault = formFault(value, wanted->type, wanted->most);
+                if (!fault.empty()) add(where, subject + " that " + fault);
+            } else if (!familyFault) {
+                add(where, subject + " that is no part of a policy");
+            } else if (!familyFault->empty()) {
+                add(where, subject + " that " + *familyFault);
+            }
+        }
+        for (const Expected& entry : expected)
+            if (std::find(found.begin(), found.end(), entry.name) == found.end())
+                add(where, "lacks its value " + inQuotes(entry.name));
+    }
+
+    void lookAtSubkeys(_ZxPolComHandle* key, const std::string& where, const std::vector<std::string>& allowed) {
+        for (const std::string& name : rawSubkeys(key))
+            if (std::find(allowed.begin(), allowed.end(), name) == allowed.end())
+                add(where, "has a key " + inQuotes(name, kMaxName) + " that is no part of a policy");
+    }
+
+    void lookAtLists(_ZxPolComHandle* hive) {
+        lookAtValues(hive, "the address lists' key", {}, noFamily);
+        for (const std::string& name : rawSubkeys(hive))
+            if (const KeyHandle list = openRawKey(hive, name))
+                lookAtList(list.get(), "address list " + inQuotes(name, kMaxName));
+    }
+
+    void lookAtList(_ZxPolComHandle* key, const std::string& where) {
+        for (const RawValue& value : rawValues(key)) {
+            if (value.name != "type" || value.type != ZXREG_NUMBER || numberOf(value) == ZXPOL_ADDRLIST_DIRECTORY)
+                continue;
+            const bool isNormal = numberOf(value) == ZXPOL_ADDRLIST_NORMAL;
+            add(where, isNormal ? "keeps its addresses in the store, which is not supported by this version"
+                                : "is of type " + std::to_string(numberOf(value)) + ", which is not known");
+            return;
+        }
+        lookAtValues(key, where,
+                     {{"displayName", ZXREG_STRING, kMaxName},
+                      {"comment", ZXREG_STRING, kMaxComment},
+                      {"type", ZXREG_NUMBER, 0},
+                      {"server", ZXREG_STRING, kMaxName},
+                      {"port", ZXREG_NUMBER, 0},
+                      {"schematype", ZXREG_NUMBER, 0},
+                      {"searchroot", ZXREG_STRING, kMaxName},
+                      {"authentication", ZXREG_NUMBER, 0},
+                      {"username", ZXREG_STRING, kMaxName},
+                      {"password", ZXREG_PROTECTED_STRING, 0},
+                      {"filter", ZXREG_STRING, kMaxFilter}},
+                     noFamily);
+        lookAtSubkeys(key, where, {});
+    }
+
+    void lookAtClassifications(_ZxPolComHandle* hive) {
+        lookAtValues(hive, "the classifications' key", {}, noFamily);
+        for (const std::string& name : rawSubkeys(hive))
+            add("classification " + inQuotes(name, kMaxName), "is not supported by this version");
+    }
+
+    void lookAtRuleHive(_ZxPolComHandle* hive) {
+        lookAtValues(hive, "the rules' key", {}, [](const RawValue& value) -> std::optional<std::string> {
+            const bool isFilter = value.name.size() == 15 && value.name.compare(0, 7, "ExcluId") == 0 &&
+                                  value.name.find_first_not_of("0123456789abcdef", 7) == std::string::npos;
+            if (!isFilter) return std::nullopt;
+            const std::string fault = formFault(value, ZXREG_NUMBER, 0);
+            return fault.empty() && numberOf(value) > 1 ? "is neither 0 nor 1" : fault;
+        });
+        lookAtSubkeys(hive, "the rules' key", {"Mail"});
+        if (const KeyHandle root = openRawKey(hive, "Mail")) lookAtRule(root.get(), "\\");
+    }
+
+    void lookAtRule(_ZxPolComHandle* key, const std::string& path) {
+        const std::string where = "rule " + oneLine(path);
+        lookAtValues(key, where,
+                     {{"displayName", ZXREG_STRING, kMaxName},
+                      {"comment", ZXREG_STRING, kMaxComment},
+                      {"order", ZXREG_NUMBER, 0},
+                      {"matchType", ZXREG_NUMBER, 0}},
+                     textFamily("condition", 2 * kMaxAddress + 1));
+        lookAtMatchType(key, where);
+        lookAtSubkeys(key, where, {"rules", "tasks", "inactive"});
+        forEachBelow(key, where, "tasks", [&](_ZxPolComHandle* task, const std::string& name) {
+            lookAtTask(task, "task " + oneLine(childName(path, name)));
+        });
+        const KeyHandle marks = openRawKey(key, "inactive");
+        if (marks) {
+            lookAtValues(marks.get(), "the inactive marks of " + where, {}, textFamily("inactive", kMaxName));
+            lookAtSubkeys(marks.get(), "the inactive marks of " + where, {});
+        } else {
+            add(where, "lacks its key \"inactive\"");
+        }
+        forEachBelow(key, where, "rules",
+                     [&](_ZxPolComHandle* rule, const std::string& name) { lookAtRule(rule, childName(path, name)); });
+    }
+
+    // A rule of another match type has no conditions that anyone could read.
+    void lookAtMatchType(_ZxPolComHandle* key, const std::string& where) {
+        const std::vector<RawValue> values = rawValues(key);
+        const auto hasOtherType = [](const RawValue& value) {
+            return value.name == "matchType" && value.type == ZXREG_NUMBER && numberOf(value) != 0;
+        };
+        const auto isCondition = [](const RawValue& value) { return isNumbered(value.name, "condition"); };
+        if (std::any_of(values.begin(), values.end(), hasOtherType) &&
+            std::any_of(values.begin(), values.end(), isCondition))
+            add(where, "has conditions although its matchType is not 0");
+    }
+
+    template <class Visit>
+    void forEachBelow(_ZxPolComHandle* key, const std::string& where, const char* container, Visit visit) {
+        const KeyHandle parent = openRawKey(key, container);
+        if (!parent) {
+            add(where, "lacks its key " + inQuotes(container));
+            return;
+        }
+        lookAtValues(parent.get(), "the " + std::string(container) + " key of " + where, {}, noFamily);
+        for (const std::string& name : rawSubkeys(parent.get()))
+            if (const KeyHandle child = openRawKey(parent.get(), name)) visit(child.get(), name);
+    }
+
+    void lookAtTask(_ZxPolComHandle* key, const std::string& where) {
+        lookAtValues(key, where,
+                     {{"displayName", ZXREG_STRING, kMaxName},
+                      {"comment", ZXREG_STRING, kMaxComment},
+                      {"order", ZXREG_NUMBER, 0},
+                      {"filter", ZXREG_NUMBER, 0},
+                      {"enable", ZXREG_NUMBER, 0},
+                      {"overridable", ZXREG_NUMBER, 0}},
+                     noFamily);
+        for (const RawValue& value : rawValues(key)) {
+            const bool isFlag = value.name == "enable" || value.name == "overridable";
+            if (isFlag && value.type == ZXREG_NUMBER && numberOf(value) > 1)
+                add(where, "has a value " + inQuotes(value.name) + " that is neither 0 nor 1");
+        }
+        lookAtSubkeys(key, where, {"setting", "Classification"});
+        if (const KeyHandle setting = openRawKey(key, "setting"))
+            lookAtSetting(setting.get(), where, "");
+        else
+            add(where, "lacks its key \"setting\"");
+        const KeyHandle outcomes = openRawKey(key, "Classification");
+        if (!outcomes) return;
+        lookAtSubkeys(outcomes.get(), "the outcomes of " + where, {});
+        lookAtValues(outcomes.get(), "the outcomes of " + where, {}, [](const RawValue& value) {
+            return std::make_optional(formFault(value, ZXREG_STRING, value.data.size()));
+        });
+    }
+
+    void lookAtSetting(_ZxPolComHandle* key, const std::string& where, const std::string& prefix) {
+        const std::vector<std::string> subkeys = rawSubkeys(key);
+        std::vector<std::string> texts;
+        for (const RawValue& value : rawValues(key)) {
+            const std::string subject = "has a setting " + inQuotes(prefix + value.name, 1024);
+            const bool isTwice = std::find(subkeys.begin(), subkeys.end(), value.name) != subkeys.end();
+            if (isTwice) add(where, subject + " that is both a value and a key");
+            const std::string fault =
+                value.type == ZXREG_PROTECTED_STRING ? "is protected, so that no file may say it"
+                : value.type == ZXREG_MULTI_STRING
+                    ? (splitTexts(value, texts) ? "" : "is no list of texts")
+                    : formFault(value, value.type == ZXREG_NUMBER ? ZXREG_NUMBER : ZXREG_STRING, value.data.size());
+            if (!fault.empty()) add(where, subject + " that " + fault);
+        }
+        for (const std::string& name : subkeys)
+            if (const KeyHandle below = openRawKey(key, name)) lookAtSetting(below.get(), where, prefix + name + "\\");
+    }
+
+    _ZxPolComHandle* _store;
+    std::vector<std::string> _problems;
+};
+
+}  // namespace
+
+std::vector<std::string> auditStore(_ZxPolComHandle* store) {
+    return Audit(store).run();
+}
+
+}  // namespace tool

@@ -1,0 +1,16 @@
+// Looks for what a store holds and a policy file cannot say.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "handles.h"
+
+namespace tool {
+
+// One sentence for each key or value that does not belong to a policy, is missing, or is not of the form that it
+// should have, each naming the rule, task or list concerned. What stands beside the hives of the policy does not count.
+// Throws a StoreError when the store cannot be read.
+std::vector<std::string> auditStore(_ZxPolComHandle* store);
+
+}  // namespace tool
