@@ -27,34 +27,6 @@ private:
     std::vector<const unsigned char*> _pointers;
 };
 
-// Owns a list of conflicting conditions.
-class ErrorConds {
-public:
-    ErrorConds() = default;
-    ~ErrorConds() {
-        int result = ZXPOL_S_OK;
-        if (_list != nullptr) zxpol_freeErrorConds(_list, &result);
-    }
-    ErrorConds(const ErrorConds&) = delete;
-    ErrorConds& operator=(const ErrorConds&) = delete;
-
-    _ZxPolErrorCond*** out() { return &_list; }
-
-    // All conditions of all entries.
-    std::vector<Condition> conditions() const {
-        std::vector<Condition> all;
-        for (_ZxPolErrorCond** entry = _list; entry != nullptr && *entry != nullptr; ++entry)
-            for (unsigned char** bytes = (*entry)->conds; *bytes != nullptr; ++bytes) {
-                const auto* pair = reinterpret_cast<const _ZxPolAddrPairCond*>(*bytes);
-                all.push_back({pair->sender, pair->receiver, {}});
-            }
-        return all;
-    }
-
-private:
-    _ZxPolErrorCond** _list = nullptr;
-};
-
 std::string describe(const Condition& condition) {
     return "condition {sender: " + inQuotes(condition.sender) + ", receiver: " + inQuotes(condition.receiver) + "}";
 }
@@ -106,22 +78,22 @@ size_t countMissing(const std::vector<Condition>& in, const std::vector<Conditio
     }));
 }
 
-Place placeOf(const std::vector<Condition>& conditions, const Condition& wanted) {
-    const auto found = std::find(conditions.begin(), conditions.end(), wanted);
-    return found == conditions.end() ? Place{} : found->place;
+// Whether conditions of the parent cover all of these, which the rule has already: adding them once more with the check
+// against the parent writes nothing.
+bool areCovered(const RuleHandle& rule, const std::string& where, const std::vector<Condition>& conditions) {
+    ConditionArray array(conditions);
+    int result = ZXPOL_S_OK;
+    zxpol_addConditionEx(rule.get(), array.get(), ZXPOL_COND_CHECK_HIERARCHY, nullptr, &result);
+    if (result != ZXPOL_E_CONDITION_CHECK) require(result, "cannot check the conditions of rule " + where);
+    return result != ZXPOL_E_CONDITION_CHECK;
 }
 
-// Adding what is there already, with the check against the parent, checks and writes nothing.
-void warnOfRule(ApplyContext& context, const RuleHandle& rule, const std::string& path, const Rule& wanted) {
-    ConditionArray array(wanted.conditions);
-    ErrorConds uncovered;
-    int result = ZXPOL_S_OK;
-    zxpol_addConditionEx(rule.get(), array.get(), ZXPOL_COND_CHECK_HIERARCHY, uncovered.out(), &result);
-    if (result != ZXPOL_E_CONDITION_CHECK) require(result, "cannot check the conditions of rule " + oneLine(path));
-    for (const Condition& condition : uncovered.conditions())
-        context.warnings.push_back(context.source.at(placeOf(wanted.conditions, condition)) + ": " +
-                                   describe(condition) + " of rule " + oneLine(path) +
-                                   " is not covered by a condition of its parent");
+void warnOfRule(ApplyContext& context, const RuleHandle& rule, const std::string& where, const Rule& wanted) {
+    if (areCovered(rule, where, wanted.conditions)) return;
+    for (const Condition& condition : wanted.conditions)
+        if (!areCovered(rule, where, {condition}))
+            context.warnings.push_back(context.source.at(condition.place) + ": " + describe(condition) + " of rule " +
+                                       where + " is not covered by a condition of its parent");
 }
 
 void warnBelow(ApplyContext& context, const RuleHandle& rule, const std::string& path, const Rule& wanted) {
@@ -131,7 +103,7 @@ void warnBelow(ApplyContext& context, const RuleHandle& rule, const std::string&
         const RuleHandle handle(zxpol_openRule(rule.get(), child.name.c_str(), &result));
         require(result, "cannot open rule " + oneLine(childPath));
         const bool canBeChecked = wanted.matchType == 0 && child.matchType == 0 && !child.conditions.empty();
-        if (canBeChecked) warnOfRule(context, handle, childPath, child);
+        if (canBeChecked) warnOfRule(context, handle, oneLine(childPath), child);
         warnBelow(context, handle, childPath, child);
     }
 }
