@@ -6,6 +6,22 @@ endif()
 set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 
+# Tests are compiled far more often than they need to be fast, and most of their text is GoogleTest's.
+set(ZX_TEST_OPTIONS -O0 -g1 -U_FORTIFY_SOURCE)
+foreach(target gtest gtest_main gmock)
+  target_compile_options(${target} PRIVATE ${ZX_TEST_OPTIONS})
+endforeach()
+
+# The headers that all tests include, compiled once.
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/test_headers.cc CONTENT "")
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/test_headers.c CONTENT "typedef int nothing_to_compile;\n")
+add_executable(zx_test_headers EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/test_headers.cc ${CMAKE_BINARY_DIR}/test_headers.c)
+target_link_libraries(zx_test_headers PRIVATE GTest::gmock GTest::gtest_main zx_warnings Threads::Threads)
+target_compile_options(zx_test_headers PRIVATE ${ZX_TEST_OPTIONS})
+target_precompile_headers(zx_test_headers PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:<gtest/gtest.h$<ANGLE-R>>"
+  "$<$<COMPILE_LANGUAGE:CXX>:<memory$<ANGLE-R>>" "$<$<COMPILE_LANGUAGE:CXX>:<string$<ANGLE-R>>"
+  "$<$<COMPILE_LANGUAGE:CXX>:<vector$<ANGLE-R>>" "$<$<COMPILE_LANGUAGE:C>:<stdint.h$<ANGLE-R>>")
+
 # zx_add_test(NAME SOURCES... [LIBRARIES ...] [SHARDS n]): a test program and its entries for ctest. The sources may be
 # a mix of C and C++. With SHARDS the program's tests are spread over that many processes.
 function(zx_add_test name)
@@ -13,8 +29,8 @@ function(zx_add_test name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest_main zx_warnings Threads::Threads)
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
-  # Tests are compiled far more often than they need to be fast.
-  target_compile_options(${name} PRIVATE -O1 -g1)
+  target_compile_options(${name} PRIVATE ${ZX_TEST_OPTIONS})
+  target_precompile_headers(${name} REUSE_FROM zx_test_headers)
   if(NOT ARG_SHARDS)
     set(ARG_SHARDS 1)
   endif()
