@@ -160,3 +160,14 @@ TEST_F(SqliteFiles, AFullDiskTakesTheWriteBack) {
     const Key root = openStore(location);
     EXPECT_EQ(dump(root), "\\A\n\\A:v=1,x" + std::string(1, '\0') + "\n");
 }
+
+TEST_F(SqliteFiles, AStoreThatWasReplacedUnderItsNameTakesNoWrites) {
+    const Key old = openStore(location);
+    EXPECT_GE(setText(old, "v", "old"), 0);
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        EXPECT_EQ(rename((path + suffix).c_str(), (path + ".moved" + suffix).c_str()), 0) << suffix;
+    }
+    EXPECT_EQ(setText(old, "v", "lost"), ZXREG_E_IO);
+    EXPECT_NE(std::string(zxreg_lastErrorText()).find("replaced"), std::string::npos) << zxreg_lastErrorText();
+    EXPECT_EQ(setText(old, "w", "lost"), ZXREG_E_IO);
+}

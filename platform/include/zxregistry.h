@@ -29,7 +29,8 @@
  * number is refused unless it has 4 bytes; other data is kept as it is given. Outside an update, a
  * write that succeeded is durable. What another process has committed is seen by the next call; what
  * an update of this process has written so far is seen by all its threads. A store must not be
- * carried over a fork.
+ * carried over a fork. A store whose file has been replaced under its name fails (IO) at the next write
+ * and at the next change that it would bring in; it must be opened again.
  */
 #ifndef ZXREGISTRY_H
 #define ZXREGISTRY_H

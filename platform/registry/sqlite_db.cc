@@ -93,6 +93,13 @@ void Database::execute(const char* sql) {
     check(sqlite3_exec(get(), sql, nullptr, nullptr, nullptr));
 }
 
+void Database::checkPlace() {
+    int hasMoved = 0;
+    check(sqlite3_file_control(get(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved));
+    if (hasMoved != 0)
+        throw Failure(ZXREG_E_IO, _path + ": the file has been moved or replaced; open the store again.");
+}
+
 uint64_t Database::pragma(const char* sql) {
     Statement statement(*this, sql);
     Query query(statement);

@@ -61,6 +61,9 @@ public:
     const std::string& path() const noexcept { return _path; }
     sqlite3* get() const noexcept { return _database.get(); }
     void execute(const char* sql);
+
+    // Throws when the path leads to another file by now: what is written here would be lost to everybody else.
+    void checkPlace();
     uint64_t pragma(const char* sql);
     // Opens a transaction for writing; false, at once, while another process has one.
     bool tryBeginImmediate();

@@ -29,6 +29,7 @@ SqliteEngine::SqliteEngine(const std::string& path)
 
 void SqliteEngine::refresh(Tree& tree) {
     if (_isInTransaction) return;
+    _database.checkPlace();
     // Looked at first: what is committed after it makes the next comparison fail.
     const std::optional<WalWatch::Header> header = lookAtHeader();
     {
@@ -40,6 +41,7 @@ void SqliteEngine::refresh(Tree& tree) {
 
 bool SqliteEngine::tryBegin(Tree& tree) {
     if (_isReadOnly) return refresh(tree), true;
+    _database.checkPlace();
     const std::optional<WalWatch::Header> header = lookAtHeader();
     if (!_database.tryBeginImmediate()) return false;
     try {

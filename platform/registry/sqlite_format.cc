@@ -48,6 +48,8 @@ void writeFirstMeta(Database& database) {
 void makeStoreFile(const std::string& path) {
     struct stat status {};
     if (stat((path + "-wal").c_str(), &status) == 0) {
+        // Another process may have made the store in the meantime.
+        if (stat(path.c_str(), &status) == 0) return;
         throw Failure(ZXREG_E_CORRUPT, path + ": the database is missing, but its write-ahead log is there.");
     }
     NewFile file(path);

@@ -38,6 +38,7 @@ public:
             refresh();
             guard.lock();
         }
+        if (!_tree.isSound()) throwUnsound();
         return look(static_cast<const Tree&>(_tree));
     }
 
@@ -71,6 +72,7 @@ private:
     void commit();
     void record(const Change& change);
     void checkWritable() const;
+    [[noreturn]] void throwUnsound() const;
     ValuePtr makeValue(const Node& node, std::string_view name, uint32_t type, const void* data, uint32_t size);
 
     template <class Apply>

@@ -129,12 +129,19 @@ void Store::record(const Change& change) {
     try {
         _engine->record(change);
     } catch (const Failure& failure) {
+        // That it is lost must be known even when there is no memory to say why.
+        _lost = Failure(failure.code(), "");
         _lost = failure;
         throw;
     } catch (const std::bad_alloc&) {
         _lost = Failure(ZXREG_E_OUT_OF_MEMORY, "");
         throw;
     }
+}
+
+// The tree holds a part of what another process committed, and the rest could not be brought in.
+void Store::throwUnsound() const {
+    throw Failure(ZXREG_E_CORRUPT, _place + ": the changes of another process could not be brought in.");
 }
 
 // Throws when a change cannot be made, before the tree is touched.

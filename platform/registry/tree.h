@@ -73,6 +73,9 @@ public:
     // when the rows make no tree; a part may be in then, and only a whole delta makes it good.
     void apply(Delta&& delta);
 
+    // False while a part of a change from outside is in and the rest is not.
+    bool isSound() const noexcept { return _isSound; }
+
     // The ids that the next key and the next value get.
     uint64_t nextNodeId() const noexcept { return _nextNodeId; }
     uint64_t nextValueId() const noexcept { return _nextValueId; }
@@ -98,6 +101,7 @@ private:
     void applyValue(ValueRow& row);
 
     Node* _root;
+    bool _isSound = true;
     PointerIndex<Node, IdOf> _nodes;  // of all nodes in the tree; each entry is a counted reference
     std::vector<Change> _log;
     uint64_t _nextNodeId = rootId + 1;

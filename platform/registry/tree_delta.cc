@@ -17,6 +17,7 @@ bool holdsId(const std::vector<Row>& rows, uint64_t id, IdOf idOf) {
 }  // namespace
 
 void Tree::apply(Delta&& delta) {
+    _isSound = false;
     if (delta.whole) addWhatIsGone(delta);
     _nodes.reserve(_nodes.size() + delta.nodes.size());
     for (const uint64_t id : delta.goneNodes) {
@@ -34,6 +35,7 @@ void Tree::apply(Delta&& delta) {
     for (ValueRow& row : delta.values) {
         applyValue(row);
     }
+    _isSound = true;
 }
 
 // Completes a whole delta: names what the tree holds and the delta does not.

@@ -21,15 +21,16 @@ ZxPolDebugFunction ZxRegDebug::setDebugFunction(ZxPolDebugFunction function) {
 
 void ZxRegDebug::debugLog(unsigned int level, const char* sourceFile, const char* moduleTag, unsigned int line,
                           const char* format, ...) {
-    if (mDebugFunc == nullptr && !grGetLog()->isEnabled(ZX_MODULE_POLICY)) return;
+    const ZxPolDebugFunction function = mDebugFunc;
+    if (function == nullptr && !grGetLog()->isEnabled(ZX_MODULE_POLICY)) return;
     char message[kDebugMessageSize];
     va_list arguments;
     va_start(arguments, format);
     kr_vsnprintf(message, sizeof message, format, arguments);
     va_end(arguments);
     message[sizeof message - 1] = '\0';
-    if (mDebugFunc != nullptr) {
-        mDebugFunc(message);
+    if (function != nullptr) {
+        function(message);
         return;
     }
     grGetLog()->writeDebugEntry(ZX_MODULE_POLICY, level, sourceFile, moduleTag, line, message, nullptr,

@@ -89,6 +89,11 @@ public:
     // tasks is no failure; a task that cannot be opened or read ends the collection with that failure.
     void getTasksInRule(ZxPolRule* matchedRule, const char* rulePath, zxpol::TaskList& tasks, int* error);
 
+    // Appends the tasks of all rules from the root down to `matchedRule`, whose path is `path`, in the order in which
+    // they are to be applied. The exclusive filters remember positions in `tasks`: call _resetExcluTable before each
+    // collection into another list. Ends with the first failure, as getTasksInRule does.
+    void _collectTasks(ZxPolRule& matchedRule, const std::string& path, zxpol::TaskList& tasks, int* error);
+
     // Makes all exclusive filters free again.
     void _resetExcluTable();
 
@@ -102,7 +107,6 @@ private:
 
     void _groupReceivers(const char* sender, const char** receivers, zxpol::MatchedRules& matched, int* error);
     void _fillPair(size_t index, const zxpol::_PrivMatchPair& matched, zxpol::MatchPairs& pairs, int* error);
-    void _collectTasks(ZxPolRule& matchedRule, const std::string& path, zxpol::TaskList& tasks, int* error);
     bool _collectTask(ZxPolRule& matchedRule, ZxPolRule& ownRule, const char* rulePath, uint32_t index,
                       zxpol::TaskList& tasks, int* error);
 

@@ -79,8 +79,18 @@ int ZxPolKeyEntity::getChildOrder(_ZxPolComHandle* container, const char* name) 
     return order;
 }
 
-// Reads the children with their positions. Success when the store's enumeration came to its end.
+// Reads the children with their positions. Success when the store's enumeration came to its end; else, and without
+// memory, the cache is left empty.
 void ZxPolKeyEntity::_rebuildCache(int* error) {
+    try {
+        _readChildren(error);
+    } catch (...) {
+        cleanChildList();
+        throw;
+    }
+}
+
+void ZxPolKeyEntity::_readChildren(int* error) {
     StoreKey container = StoreKey::open(key, containerName, error);
     if (!container) return;
     cleanChildList();
@@ -106,12 +116,7 @@ void ZxPolKeyEntity::enumChildByOrder(uint32_t index, char* buffer, uint32_t* si
         return;
     }
     if (index == 0) {
-        try {
-            _rebuildCache(error);
-        } catch (...) {
-            cleanChildList();
-            throw;
-        }
+        _rebuildCache(error);
         if (!isEnd(*error) || orderedChildren.empty()) return;
     } else if (index >= orderedChildren.size()) {
         *error = ZXPOL_E_NO_MORE_ITEMS;

@@ -91,6 +91,7 @@ protected:
 
 private:
     void _rebuildCache(int* error);
+    void _readChildren(int* error);
     _ZxPolComHandle* _createNewChild(const char* name, zxpol::StoreKey container, uint32_t* order, int* error);
     void _makeRoom(_ZxPolComHandle* container, uint32_t position, int* error);
     uint32_t _moveChild(const char* name, uint32_t order, int* error);

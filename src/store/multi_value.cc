@@ -1,6 +1,7 @@
 #include "store/multi_value.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -13,6 +14,9 @@ using namespace zxpol;
 namespace {
 
 constexpr uint32_t kMovedValueSize = 2048;
+
+// No store has names like this; one that asks for such a buffer is out of order.
+constexpr uint32_t kLongestName = 0x10000;
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
@@ -68,7 +72,7 @@ void ZxPolMultiValue::_cacheValueName() {
         int result = ZXPOL_S_OK;
         uint32_t size = capacity;
         enumValue(key, index, buffer, &size, nullptr, nullptr, nullptr, &result);
-        if (hasReason(result, kReasonBufferTooSmall) && size >= capacity) {
+        if (hasReason(result, kReasonBufferTooSmall) && size >= capacity && size < kLongestName) {
             grown.resize(size_t{size} + 1);
             buffer = grown.data();
             capacity = size + 1;
@@ -113,6 +117,11 @@ void ZxPolMultiValue::enumValueName(uint32_t index, char* buffer, uint32_t* size
 }
 
 void ZxPolMultiValue::deleteValueName(uint32_t index, int* error) {
+    if (error == nullptr) return;
+    if (index >= INT32_MAX) {
+        *error = ZXPOL_E_INVALID_ARG;
+        return;
+    }
     deleteValueName((prefix + std::to_string(uint64_t{index} + 1)).c_str(), error);
 }
 

@@ -30,6 +30,7 @@ void applyAll(ApplyContext& context, const Policy& current, const Policy& wanted
     applyExclusiveFilters(context, rules, current, wanted);
     applyRootRule(context, root, current.root, wanted.root);
     warnOfUncovered(context, root, wanted.root);
+    warnOfUnknownLists(context, wanted);
 }
 
 // Reads the store back: what it holds now must be what was wanted, and nothing else.
@@ -71,6 +72,10 @@ void runApply(const ApplyOptions& options, std::ostream& out, std::ostream& err)
     for (const std::string& warning : result.warnings)
         err << "zxpolicy: warning: " << warning << '\n';
     result.changes.print(out, options.format, options.isDryRun);
+    if (out.flush() || options.isDryRun) return;
+    throw ToolError(kFailed,
+                    "the policy was applied to " + oneLine(options.store) +
+                        ", but the report could not be written to standard output: check the disk's free space");
 }
 
 }  // namespace tool

@@ -46,5 +46,7 @@ template <size_t size>
 void copyText(char (&field)[size], const std::string& text) {
     field[text.copy(field, size - 1)] = '\0';
 }
+// Warns of conditions that name an address list that the policy lacks.
+void warnOfUnknownLists(ApplyContext& context, const Policy& wanted);
 
 }  // namespace tool

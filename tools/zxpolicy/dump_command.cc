@@ -19,7 +19,8 @@ void runDump(const DumpOptions& options, std::ostream& out) {
     // The text is worth something only if apply makes the same policy of it.
     const std::string difference = firstDifference(readPolicy("the dump", text), stored.policy);
     if (!difference.empty())
-        throw PolicyError("cannot dump the store " + oneLine(options.store) + ": no policy file can say " + difference);
+        throw PolicyError("cannot dump the store " + oneLine(options.store) + ": no policy file can say " +
+                          oneLine(difference));
     out << text;
 }
 

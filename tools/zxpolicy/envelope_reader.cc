@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 #include "text.h"
 #include "tool_error.h"
@@ -11,6 +12,11 @@ namespace tool {
 namespace {
 
 constexpr size_t kMaxLine = size_t{16} << 20;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+bool hasBlankAround(const std::string& address) {
+    return !address.empty() && (address.front() == ' ' || address.back() == ' ');
+}
 
 }  // namespace
 
@@ -40,6 +46,7 @@ bool EnvelopeReader::readLine(std::string& line) {
         line.push_back(static_cast<char>(c));
     }
     if (std::ferror(_file) != 0) fail(std::string("cannot read on: ") + std::strerror(errno));
+    if (_line == 1 && line.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) line.erase(0, kByteOrderMark.size());
     if (!line.empty() && line.back() == '\r') line.pop_back();
     return c != EOF || !line.empty();
 }
@@ -50,11 +57,13 @@ void EnvelopeReader::parse(const std::string& line, Envelope& envelope) const {
     if (line.find('\t', tab + 1) != std::string::npos) fail("there is a second TAB; receivers are separated by commas");
     if (tab == 0) fail("the sender is empty; the null sender is <>");
     envelope.sender = senderFromText(line.substr(0, tab));
+    if (hasBlankAround(envelope.sender)) fail("a blank stands before or after the sender; remove it");
     envelope.receivers.clear();
     for (size_t begin = tab + 1; begin <= line.size();) {
         const size_t end = std::min(line.find(',', begin), line.size());
         if (end == begin) fail("a receiver is empty");
         envelope.receivers.push_back(line.substr(begin, end - begin));
+        if (hasBlankAround(envelope.receivers.back())) fail("a blank stands before or after a receiver; remove it");
         begin = end + 1;
     }
 }

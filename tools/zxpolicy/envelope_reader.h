@@ -17,8 +17,8 @@ struct Envelope {
 // Takes <> for the null sender, the empty text.
 std::string senderFromText(const std::string& text);
 
-// Reads one line at a time, so that files of any size take little memory. Blank lines are skipped, CR LF is taken for
-// a line end.
+// Reads one line at a time, so that files of any size take little memory. Blank lines and a byte
+// order mark at the start are skipped, CR LF is taken for a line end.
 class EnvelopeReader {
 public:
     // - is standard input. Throws a UsageError when the file cannot be opened.

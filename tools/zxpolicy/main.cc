@@ -6,10 +6,12 @@
 #include <functional>
 #include <iostream>
 #include <map>
+#include <memory>
 
 #include "apply.h"
 #include "dump_command.h"
 #include "match_command.h"
+#include "rule_tasks.h"
 #include "text.h"
 #include "tool_error.h"
 #include "version.h"
@@ -42,6 +44,12 @@ CLI::Option* addWord(CLI::App& command, const std::string& name, Value& value,
         value = found->second;
     };
     return command.add_option_function<std::string>(name, set, help)->type_name(list);
+}
+
+TaskLookup lookupTasks(const Store& store) {
+    return [tasks = std::make_shared<const RuleTasks>(store)](const std::string& rulePath) {
+        return tasks->namesOf(rulePath);
+    };
 }
 
 // The options and commands, and the command that was chosen.
@@ -112,7 +120,7 @@ private:
             command.add_option("--sender", _match.sender, "The sender of a mail; <> is the null sender");
         CLI::Option* receivers = command.add_option("--receiver", _match.receivers, "The receivers of the mail");
         CLI::Option* envelopes =
-            command.add_option("--envelopes", _match.envelopes,
+            command.add_option("--envelopes", _envelopes,
                                "A file of mails, one a line: sender, TAB, receivers by comma; - is standard input");
         sender->type_name("ADDRESS")->needs(receivers)->excludes(envelopes);
         receivers->type_name("ADDRESS")->needs(sender)->excludes(envelopes);
@@ -127,6 +135,9 @@ private:
         command.callback([this, sender, envelopes] {
             if (sender->count() == 0 && envelopes->count() == 0)
                 throw CLI::ValidationError("match needs --sender and --receiver, or --envelopes");
+            // An empty path is a path, if a bad one.
+            if (envelopes->count() != 0) _match.envelopes = _envelopes;
+            _match.tasks = lookupTasks;
             _command = [this] {
                 _match.store = _store;
                 runMatch(_match, std::cout);
@@ -138,6 +149,7 @@ private:
     std::string _store = "sqlite:policy.db";
     ApplyOptions _apply;
     DumpOptions _dump;
+    std::string _envelopes;
     MatchCommandOptions _match;
     std::function<void()> _command;
 };

@@ -1,5 +1,7 @@
 #include "match_command.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <ostream>
 
@@ -24,7 +26,9 @@ void matchOne(const MatchCommandOptions& options, Matcher& matcher, std::ostream
 }
 
 void matchMany(const MatchCommandOptions& options, EnvelopeReader& reader, Matcher& matcher, std::ostream& out) {
-    Progress progress("mails");
+    // Lines that go to the terminal show how far it is, and a count among them would garble them.
+    const bool isStreamed = options.format == OutputFormat::Json && isatty(STDOUT_FILENO) != 0;
+    Progress progress("mails", !isStreamed);
     MatchSummary summary;
     Envelope envelope;
     while (reader.next(envelope)) {
@@ -44,13 +48,13 @@ void matchMany(const MatchCommandOptions& options, EnvelopeReader& reader, Match
 void runMatch(const MatchCommandOptions& options, std::ostream& out) {
     const Store store(options.store, Store::Missing::Refuse);
     store.requirePolicy();
-    if (options.envelopes.empty()) {
-        Matcher matcher(store, options.match);
+    if (!options.envelopes) {
+        Matcher matcher(store, options.match, options.tasks(store));
         matchOne(options, matcher, out);
         return;
     }
-    EnvelopeReader reader(options.envelopes);
-    Matcher matcher(store, options.match);
+    EnvelopeReader reader(*options.envelopes);
+    Matcher matcher(store, options.match, options.tasks(store));
     matchMany(options, reader, matcher, out);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,8 @@ struct MatchCommandOptions {
     std::string store;
     std::string sender;  // with receivers: one mail
     std::vector<std::string> receivers;
-    std::string envelopes;  // else a file of mails
+    std::optional<std::string> envelopes;  // else a file of mails
+    TaskLookupMaker tasks;
     MatchOptions match;
     OutputFormat format = OutputFormat::Text;
 };

@@ -25,6 +25,7 @@ void printBlock(std::ostream& out, const std::string& heading, const Lines& line
 
 std::vector<std::string> shown(const std::vector<std::string>& texts, bool isNumbered) {
     std::vector<std::string> lines;
+    lines.reserve(texts.size());
     for (const std::string& text : texts)
         lines.push_back((isNumbered ? std::to_string(lines.size() + 1) + ". " : "") + oneLine(text));
     return lines;
@@ -40,14 +41,24 @@ void walk(const RuleNode& node, const std::string& lead, const std::string& belo
     }
 }
 
-std::string microseconds(std::chrono::nanoseconds duration) {
+// A number with one decimal below `least`, and none from there on.
+std::string rounded(double value, double least) {
     char text[32];
-    const double value = static_cast<double>(duration.count()) / 1000;
-    std::snprintf(text, sizeof text, value < 100 ? "%.1f µs" : "%.0f µs", value);
+    if (value >= least) return grouped(static_cast<uint64_t>(value + 0.5));
+    std::snprintf(text, sizeof text, "%.1f", value);
     return text;
 }
 
 }  // namespace
+
+std::string durationText(std::chrono::nanoseconds duration) {
+    constexpr double kLargest = 10000;
+    double value = static_cast<double>(duration.count()) / 1000;
+    if (value <= kLargest) return rounded(value, 100) + " µs";
+    value /= 1000;
+    if (value <= kLargest) return rounded(value, 100) + " ms";
+    return rounded(value / 1000, 100) + " s";
+}
 
 void printJson(std::ostream& out, const Envelope& envelope, const Decision& decision) {
     nlohmann::ordered_json mail{{"sender", envelope.sender}, {"matches", nlohmann::ordered_json::array()}};
@@ -137,9 +148,9 @@ void MatchSummary::printTasks(std::ostream& out, const RuleNode& root) const {
 
 void MatchSummary::printDurations(std::ostream& out) const {
     if (_latency.count() == 0) return;
-    out << "\na decision took " << microseconds(_latency.quantile(0.5)) << " (median), "
-        << microseconds(_latency.quantile(0.99))
-        << " (99 of 100): " << grouped(static_cast<uint64_t>(_latency.perSecond())) << " mails/s\n";
+    out << "\na decision took " << durationText(_latency.quantile(0.5)) << " (median), "
+        << durationText(_latency.quantile(0.99)) << " (99 of 100): " << rounded(_latency.perSecond(), 10)
+        << " mails/s\n";
 }
 
 }  // namespace tool

@@ -1,6 +1,7 @@
 // How decisions are shown.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <iosfwd>
 #include <map>
@@ -17,6 +18,9 @@ void printJson(std::ostream& out, const Envelope& envelope, const Decision& deci
 
 // One mail for a person: each rule with its receivers and its tasks in order, then the receivers without a rule.
 void printText(std::ostream& out, const Envelope& envelope, const Decision& decision);
+
+// A duration in the unit that keeps it short: µs up to 10,000, then ms up to 10,000, then s.
+std::string durationText(std::chrono::nanoseconds duration);
 
 // Adds up the decisions on many mails.
 class MatchSummary {

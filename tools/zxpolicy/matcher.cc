@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
-#include "rule_tree.h"
 #include "text.h"
 #include "tool_error.h"
 
@@ -12,41 +12,6 @@ namespace tool {
 namespace {
 
 constexpr int kTries = 3;
-// Where the library cuts its debug messages.
-constexpr size_t kCutMessage = 511;
-constexpr const char* kTaskMessage = "Rule {";
-
-// The library tells the names of a matched rule's tasks in its debug messages only, so these are listened to.
-class MessageCapture {
-public:
-    MessageCapture() {
-        gLines = &_lines;
-        int result = ZXPOL_S_OK;
-        _previous = zxpol_setDebugFunction(&receive, &result);
-    }
-    ~MessageCapture() {
-        int result = ZXPOL_S_OK;
-        zxpol_setDebugFunction(_previous, &result);
-        gLines = nullptr;
-    }
-    MessageCapture(const MessageCapture&) = delete;
-    MessageCapture& operator=(const MessageCapture&) = delete;
-
-    const std::vector<std::string>& lines() const { return _lines; }
-
-private:
-    static void receive(const char* message) {
-        const std::string_view text = message;
-        if (gLines != nullptr && text.substr(0, std::string_view(kTaskMessage).size()) == kTaskMessage)
-            gLines->emplace_back(text);
-    }
-
-    static thread_local std::vector<std::string>* gLines;
-    std::vector<std::string> _lines;
-    ZxPolDebugFunction _previous = nullptr;
-};
-
-thread_local std::vector<std::string>* MessageCapture::gLines = nullptr;
 
 }  // namespace
 
@@ -78,7 +43,8 @@ private:
     std::chrono::nanoseconds _duration{0};
 };
 
-Matcher::Matcher(const Store& store, const MatchOptions& options) : _store(store), _mode(options.isBest ? 1 : 0) {
+Matcher::Matcher(const Store& store, const MatchOptions& options, TaskLookup lookup)
+    : _store(store), _lookup(std::move(lookup)), _mode(options.isBest ? 1 : 0) {
     int result = ZXPOL_S_OK;
     const _ZxPolMatchOption option{1, options.priority, options.weight, 0, 0};
     zxpol_setMatchOption(&option, &result);
@@ -87,41 +53,15 @@ Matcher::Matcher(const Store& store, const MatchOptions& options) : _store(store
     require(result, "cannot open the policy in " + oneLine(store.location()));
 }
 
-// The full names of the tasks of one pair, from the next lines that the library wrote.
-std::vector<std::string> Matcher::taskNames(const Answer& answer, size_t pair, const std::vector<std::string>& lines,
-                                            size_t& line) const {
-    const std::string path = answer.pair(pair).rulePath;
-    const std::string prefix = std::string(kTaskMessage) + path + "} has task : <<";
-    std::vector<std::string> names;
-    for (uint32_t i = 0; i < answer.pair(pair).taskCount; ++i, ++line) {
-        const std::string text = line < lines.size() ? lines[line] : "";
-        const bool isCut = text.size() >= kCutMessage;
-        const bool isWhole = text.size() >= prefix.size() + 2 && text.compare(text.size() - 2, 2, ">>") == 0;
-        if (text.compare(0, prefix.size(), prefix) != 0 || (!isCut && !isWhole))
-            throw PolicyError("the library does not tell the tasks of rule " + oneLine(path) + "; please report it");
-        if (!isCut) {
-            names.push_back(text.substr(prefix.size(), text.size() - prefix.size() - 2));
-            continue;
-        }
-        std::vector<std::string> found;
-        for (const std::string& task : tasksOnPath(_rules, path))
-            if ((prefix + task + ">>").compare(0, text.size(), text) == 0) found.push_back(task);
-        if (found.size() != 1)
-            throw PolicyError("the names of the tasks of rule " + oneLine(path) +
-                              " are too long to tell; shorten them");
-        names.push_back(found.front());
-    }
-    return names;
-}
-
-// Asks once more, listening. Which tasks a rule asks for does not depend on the mail, so once for each rule will do.
-void Matcher::learnTasks(const Envelope& envelope, std::vector<const char*>& receivers) {
-    const MessageCapture capture;
-    const Answer answer(*this, envelope.sender, receivers);
-    require(answer.result(), "cannot match a mail from " + inQuotes(envelope.sender));
-    size_t line = 0;
-    for (uint32_t i = 0; i < answer.count(); ++i)
-        _tasks[answer.pair(i).rulePath] = taskNames(answer, i, capture.lines(), line);
+// Which tasks a rule asks for does not depend on the mail, so once for each rule will do. The library's answer must say
+// the same number.
+const std::vector<std::string>& Matcher::tasksOf(const std::string& rulePath, uint32_t count) {
+    auto found = _tasks.find(rulePath);
+    if (found == _tasks.end()) found = _tasks.emplace(rulePath, _lookup(rulePath)).first;
+    if (found->second.size() != count)
+        throw PolicyError("rule " + oneLine(rulePath) + " asks for " + std::to_string(count) + " tasks, of which " +
+                          std::to_string(found->second.size()) + " have names; please report it");
+    return found->second;
 }
 
 Decision Matcher::decideOnce(const Envelope& envelope, std::vector<const char*>& receivers) {
@@ -131,8 +71,7 @@ Decision Matcher::decideOnce(const Envelope& envelope, std::vector<const char*>&
     std::set<const char*> matched;
     for (uint32_t i = 0; i < answer.count(); ++i) {
         const _ZxPolMatchPair& pair = answer.pair(i);
-        if (_tasks.count(pair.rulePath) == 0) learnTasks(envelope, receivers);
-        MatchedRule rule{pair.rulePath, {}, _tasks[pair.rulePath]};
+        MatchedRule rule{pair.rulePath, {}, tasksOf(pair.rulePath, pair.taskCount)};
         for (char** receiver = pair.receivers; *receiver != nullptr; ++receiver) {
             rule.receivers.emplace_back(*receiver);
             matched.insert(*receiver);

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -30,10 +31,15 @@ struct Decision {
     std::chrono::nanoseconds duration;  // of the library's answer alone
 };
 
+// Tells the full names of the tasks that a matched rule asks for, in the order in which they are to be done. Throws a
+// StoreError.
+using TaskLookup = std::function<std::vector<std::string>(const std::string& rulePath)>;
+using TaskLookupMaker = std::function<TaskLookup(const Store&)>;
+
 class Matcher {
 public:
     // Opens the policy in the store, and sets the process's options of best matching. Throws a ToolError.
-    Matcher(const Store& store, const MatchOptions& options);
+    Matcher(const Store& store, const MatchOptions& options, TaskLookup lookup);
 
     // Decides on one mail by the policy of one moment, whatever other processes do meanwhile. Throws a StoreError.
     Decision decide(const Envelope& envelope);
@@ -45,11 +51,10 @@ private:
 
     Decision decideOnce(const Envelope& envelope, std::vector<const char*>& receivers);
     Decision decideUnchanged(const Envelope& envelope, std::vector<const char*>& receivers);
-    void learnTasks(const Envelope& envelope, std::vector<const char*>& receivers);
-    std::vector<std::string> taskNames(const Answer& answer, size_t pair, const std::vector<std::string>& lines,
-                                       size_t& line) const;
+    const std::vector<std::string>& tasksOf(const std::string& rulePath, uint32_t count);
 
     const Store& _store;
+    TaskLookup _lookup;
     uint32_t _mode;
     ListHiveHandle _lists;
     RuleHiveHandle _rules;

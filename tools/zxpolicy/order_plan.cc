@@ -35,6 +35,7 @@ std::vector<OrderStep> planOrder(const std::vector<std::string>& current, const 
     for (size_t i = 0; i < wanted.size(); ++i)
         indexOf.emplace(wanted[i], i);
     std::vector<size_t> line;  // the siblings as they stand, as indices into `wanted`
+    line.reserve(current.size());
     for (const std::string& name : current)
         line.push_back(indexOf.at(name));
     std::vector<bool> isThere(wanted.size(), false);

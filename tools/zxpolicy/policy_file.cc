@@ -36,7 +36,7 @@ std::string ruleDifference(const std::string& path, const Rule& a, const Rule& b
     if (!std::equal(a.rules.begin(), a.rules.end(), b.rules.begin(), b.rules.end(), sameName))
         return "the rules below rule " + path;
     for (size_t i = 0; i < a.rules.size(); ++i) {
-        const std::string found = ruleDifference(childName(path, a.rules[i].name), a.rules[i], b.rules[i]);
+        std::string found = ruleDifference(childName(path, a.rules[i].name), a.rules[i], b.rules[i]);
         if (!found.empty()) return found;
     }
     return "";

@@ -15,9 +15,9 @@ constexpr std::chrono::milliseconds kInterval{200};
 
 }  // namespace
 
-Progress::Progress(std::string unit)
+Progress::Progress(std::string unit, bool isWanted)
     : _unit(std::move(unit)),
-      _isTerminal(isatty(STDERR_FILENO) != 0),
+      _isShowing(isWanted && isatty(STDERR_FILENO) != 0),
       _next(std::chrono::steady_clock::now() + kInterval) {}
 
 Progress::~Progress() {
@@ -26,7 +26,7 @@ Progress::~Progress() {
 
 void Progress::step() {
     ++_count;
-    if (!_isTerminal) return;
+    if (!_isShowing) return;
     const auto now = std::chrono::steady_clock::now();
     if (now < _next) return;
     _next = now + kInterval;

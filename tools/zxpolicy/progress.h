@@ -9,8 +9,8 @@ namespace tool {
 
 class Progress {
 public:
-    // `unit`: what is counted, such as "mails".
-    explicit Progress(std::string unit);
+    // `unit`: what is counted, such as "mails". Without `isWanted` nothing is ever shown.
+    explicit Progress(std::string unit, bool isWanted = true);
     // Wipes the line.
     ~Progress();
     Progress(const Progress&) = delete;
@@ -23,7 +23,7 @@ public:
 
 private:
     std::string _unit;
-    bool _isTerminal;
+    bool _isShowing;
     bool _isShown = false;
     uint64_t _count = 0;
     std::chrono::steady_clock::time_point _next;

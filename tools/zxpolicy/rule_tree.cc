@@ -36,19 +36,4 @@ RuleNode readRuleTree(const RuleHiveHandle& hive) {
     return readNode(root, "", "\\");
 }
 
-std::vector<std::string> tasksOnPath(const RuleHiveHandle& hive, const std::string& path) {
-    std::vector<std::string> tasks;
-    for (size_t end = 0; end != std::string::npos;) {
-        const std::string rulePath = end == 0 ? "\\" : path.substr(0, end);
-        int result = ZXPOL_S_OK;
-        const RuleHandle rule(zxpol_openRuleByFullName(hive.get(), rulePath.c_str(), &result));
-        require(result, "cannot open rule " + oneLine(rulePath));
-        for (std::string& task : readTasks(rule, rulePath))
-            tasks.push_back(std::move(task));
-        if (end == path.size() || path == "\\") break;
-        end = std::min(path.find('\\', end + 1), path.size());
-    }
-    return tasks;
-}
-
 }  // namespace tool

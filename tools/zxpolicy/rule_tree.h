@@ -18,8 +18,4 @@ struct RuleNode {
 // Reads the tree from its root. Throws a StoreError.
 RuleNode readRuleTree(const RuleHiveHandle& hive);
 
-// The full names of the tasks of the rules on the way from the root to the rule at `path`, in order. Throws a
-// StoreError.
-std::vector<std::string> tasksOnPath(const RuleHiveHandle& hive, const std::string& path);
-
 }  // namespace tool

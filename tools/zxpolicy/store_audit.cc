@@ -7,6 +7,7 @@
 
 #include "policy_check.h"
 #include "policy_file.h"
+#include "policy_limits.h"
 #include "raw_key.h"
 #include "text.h"
 
@@ -53,6 +54,12 @@ FamilyCheck textFamily(const char* prefix, size_t most) {
     };
 }
 
+std::string childPrefix(std::string prefix, const std::string& name) {
+    return prefix.append(name).append("\\");
+}
+
+constexpr const char* kDeeper = "lies deeper than a policy file can say";
+
 class Audit {
 public:
     explicit Audit(_ZxPolComHandle* store) : _store(store) {}
@@ -79,7 +86,7 @@ private:
             if (wanted != expected.end()) {
                 found.push_back(wanted->name);
                 const std::string fault = formFault(value, wanted->type, wanted->most);
-                if (!fault.empty()) add(where, subject + " that " + fault);
+                if (!fault.empty()) add(where, std::string(subject).append(" that ").append(fault));
             } else if (!familyFault) {
                 add(where, subject + " that is no part of a policy");
             } else if (!familyFault->empty()) {
@@ -144,11 +151,13 @@ private:
             return fault.empty() && numberOf(value) > 1 ? "is neither 0 nor 1" : fault;
         });
         lookAtSubkeys(hive, "the rules' key", {"Mail"});
-        if (const KeyHandle root = openRawKey(hive, "Mail")) lookAtRule(root.get(), "\\");
+        if (const KeyHandle root = openRawKey(hive, "Mail")) lookAtRule(root.get(), "\\", 1);
     }
 
-    void lookAtRule(_ZxPolComHandle* key, const std::string& path) {
+    // Another program may have nested rules and settings to any depth; what no file can say is not descended into.
+    void lookAtRule(_ZxPolComHandle* key, const std::string& path, size_t depth) {
         const std::string where = "rule " + oneLine(path);
+        if (depth > kMaxRuleDepth) return add(where, kDeeper);
         lookAtValues(key, where,
                      {{"displayName", ZXREG_STRING, kMaxName},
                       {"comment", ZXREG_STRING, kMaxComment},
@@ -167,8 +176,9 @@ private:
         } else {
             add(where, "lacks its key \"inactive\"");
         }
-        forEachBelow(key, where, "rules",
-                     [&](_ZxPolComHandle* rule, const std::string& name) { lookAtRule(rule, childName(path, name)); });
+        forEachBelow(key, where, "rules", [&](_ZxPolComHandle* rule, const std::string& name) {
+            lookAtRule(rule, childName(path, name), depth + 1);
+        });
     }
 
     // A rule of another match type has no conditions that anyone could read.
@@ -211,7 +221,7 @@ private:
         }
         lookAtSubkeys(key, where, {"setting", "Classification"});
         if (const KeyHandle setting = openRawKey(key, "setting"))
-            lookAtSetting(setting.get(), where, "");
+            lookAtSetting(setting.get(), where, "", 1);
         else
             add(where, "lacks its key \"setting\"");
         const KeyHandle outcomes = openRawKey(key, "Classification");
@@ -222,10 +232,13 @@ private:
         });
     }
 
-    void lookAtSetting(_ZxPolComHandle* key, const std::string& where, const std::string& prefix) {
+    void lookAtSetting(_ZxPolComHandle* key, const std::string& where, const std::string& prefix, size_t depth) {
         const std::vector<std::string> subkeys = rawSubkeys(key);
+        const std::vector<RawValue> values = rawValues(key);
+        if (depth > kMaxSettingDepth && !(subkeys.empty() && values.empty()))
+            return add(where + ": what is below the setting " + inQuotes(prefix, 1024), kDeeper);
         std::vector<std::string> texts;
-        for (const RawValue& value : rawValues(key)) {
+        for (const RawValue& value : values) {
             const std::string subject = "has a setting " + inQuotes(prefix + value.name, 1024);
             const bool isTwice = std::find(subkeys.begin(), subkeys.end(), value.name) != subkeys.end();
             if (isTwice) add(where, subject + " that is both a value and a key");
@@ -234,10 +247,11 @@ private:
                 : value.type == ZXREG_MULTI_STRING
                     ? (splitTexts(value, texts) ? "" : "is no list of texts")
                     : formFault(value, value.type == ZXREG_NUMBER ? ZXREG_NUMBER : ZXREG_STRING, value.data.size());
-            if (!fault.empty()) add(where, subject + " that " + fault);
+            if (!fault.empty()) add(where, std::string(subject).append(" that ").append(fault));
         }
         for (const std::string& name : subkeys)
-            if (const KeyHandle below = openRawKey(key, name)) lookAtSetting(below.get(), where, prefix + name + "\\");
+            if (const KeyHandle below = openRawKey(key, name))
+                lookAtSetting(below.get(), where, childPrefix(prefix, name), depth + 1);
     }
 
     _ZxPolComHandle* _store;

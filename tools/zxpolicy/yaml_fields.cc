@@ -69,6 +69,15 @@ bool parseNumber(std::string_view text, uint32_t most, uint32_t& number) {
     return true;
 }
 
+// Whether a map has or may have a password: part of a misspelt one can stand as a key there, which nobody else may
+// read.
+bool mayHoldPassword(const YamlNode& node, const std::vector<const char*>& known) {
+    for (size_t i = 0; i + 1 < node.items.size(); i += 2)
+        if (lowerCase(node.items[i].text).find("password") != std::string::npos) return true;
+    return std::any_of(known.begin(), known.end(),
+                       [](const char* word) { return word == std::string_view("password"); });
+}
+
 const char* kindName(const YamlNode& node) {
     switch (node.kind) {
         case YamlNode::Kind::Null:
@@ -90,7 +99,8 @@ const char* kindName(const YamlNode& node) {
 void YamlReader::checkTag(const YamlNode& node, const std::string& what) const {
     if (node.tag.empty() || node.tag == "?" || node.tag == "!") return;
     if (node.kind == YamlNode::Kind::Scalar && (node.tag == kTextTag || node.tag == kBinaryTag)) return;
-    _source.fail(node.place, what + " has the tag " + inQuotes(node.tag) + ", which is not supported");
+    // Its name is not told: it may be a password.
+    _source.fail(node.place, what + " has a tag that is not supported; a text that begins with ! needs quotes");
 }
 
 std::string YamlReader::text(const YamlNode& node, const std::string& what, size_t most) const {
@@ -115,7 +125,7 @@ std::string YamlReader::text(const YamlNode& node, const std::string& what, size
 }
 
 std::string YamlReader::name(const YamlNode& node, const std::string& what) const {
-    const std::string name = text(node, what, std::numeric_limits<size_t>::max());
+    std::string name = text(node, what, std::numeric_limits<size_t>::max());
     const std::string fault = nameFault(name);
     if (!fault.empty()) _source.fail(node.place, what + " " + fault);
     return name;
@@ -158,12 +168,15 @@ YamlFields::YamlFields(const YamlReader& reader, const YamlNode& node, std::stri
                        const std::vector<const char*>& known)
     : _reader(reader), _node(reader.map(node, what)), _what(std::move(what)) {
     std::set<std::string> seen;
+    const bool isSecret = mayHoldPassword(node, known);
     for (size_t i = 0; i + 1 < node.items.size(); i += 2) {
         const YamlNode& key = node.items[i];
         const bool isKnown =
             key.kind == YamlNode::Kind::Scalar &&
             std::any_of(known.begin(), known.end(), [&](const char* word) { return key.text == word; });
-        if (!isKnown) reader.source().fail(key.place, "unknown key " + inQuotes(key.text) + " in " + _what);
+        if (!isKnown)
+            reader.source().fail(key.place,
+                                 "unknown key " + (isSecret ? "" : inQuotes(key.text) + " ") + "in " + _what);
         if (!seen.insert(key.text).second)
             reader.source().fail(key.place, "key " + inQuotes(key.text) + " stands twice in " + _what);
     }

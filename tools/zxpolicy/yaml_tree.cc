@@ -117,7 +117,8 @@ YamlNode parseYaml(const YamlSource& source, const std::string& text) {
         while (parser.HandleNextDocument(builder)) {
         }
     } catch (const YAML::Exception& failure) {
-        source.fail(placeOf(failure.mark), "not valid YAML: " + oneLine(failure.msg));
+        // Behind a colon the parser quotes the file, which may have a password there.
+        source.fail(placeOf(failure.mark), "not valid YAML: " + oneLine(failure.msg.substr(0, failure.msg.find(':'))));
     }
     return builder.take();
 }

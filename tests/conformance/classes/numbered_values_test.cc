@@ -177,6 +177,17 @@ TEST_P(NumberedValues, DeletingByIndexMeansTheNumberAboveIt) {
     EXPECT_EQ("n1=b", stored());
 }
 
+TEST_P(NumberedValues, AnIndexWithoutANumberDeletesNothing) {
+    setShort({{"n1", "a"}, {"n2", "b"}});
+    ZxPolMultiValue values(store(), "n");
+    for (const uint32_t index : {0x7fffffffu, 0x80000000u, 0xffffffffu}) {
+        int error = ZXPOL_S_OK;
+        values.deleteValueName(index, &error);
+        EXPECT_CODE(ZXPOL_E_INVALID_ARG, error);
+    }
+    EXPECT_EQ("n1=a n2=b", stored());
+}
+
 TEST_P(NumberedValues, MovingKeepsTypeAndSize) {
     raw().setText("n1", "a");
     raw().setNumber("n2", 7);
