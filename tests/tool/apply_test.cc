@@ -216,4 +216,23 @@ TEST_F(ApplyTest, AStoreThatCannotBeWrittenKeepsItsPolicy) {
     EXPECT_THAT(outcome.err, HasSubstr("ZXREG_E_IO (0x81021901)"));
 }
 
+TEST_F(ToolTest, AConditionOnAListThatIsNotThereIsWarnedOf) {
+    const std::string file = write("p.yaml", policyWithRoot("  rules:\n    - name: A\n"
+                                                            "      conditions: [{sender: (Nosuch), receiver: a@b}]\n"));
+    const Outcome outcome = run({"apply", file});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.err.find("names no list of this file"), std::string::npos) << outcome.err;
+}
+
+TEST_F(ToolTest, PasswordsDoNotGetIntoErrors) {
+    for (const char* password : {"my, Passw0rd", "!Passw0rd x", "[Passw0rd]", "*Passw0rd", "\"Passw0rd"}) {
+        const std::string file =
+            write("p.yaml", std::string("zxpolicy: 1\nlists:\n  - {name: A, type: directory, password: ") + password +
+                                "}\nroot:\n  conditions: [{sender: \"*\", receiver: \"*\"}]\n");
+        const Outcome outcome = run({"apply", file});
+        EXPECT_EQ(outcome.status, 3) << password;
+        EXPECT_EQ(outcome.err.find("Passw0rd"), std::string::npos) << outcome.err;
+    }
+}
+
 }  // namespace tool

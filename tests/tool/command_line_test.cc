@@ -57,6 +57,7 @@ TEST_F(CommandLineTest, FilesThatCannotBeReadExitWith2) {
     apply(policyWithRoot(""));
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"apply", path("none")},
                                                       {"apply", path("")},
+                                                      {"match", "--envelopes", ""},
                                                       {"match", "--envelopes", path("none")}}) {
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.status, 2);

@@ -178,4 +178,26 @@ TEST_F(ForeignStoreTest, AStoreOfALaterVersionIsRefused) {
     }
 }
 
+TEST_F(ToolTest, AStoreOfVeryManyLevelsIsRefused) {
+    apply(policyWithRoot(""));
+    {
+        int result = ZXREG_S_OK;
+        const KeyHandle store(zxreg_openStore(location().c_str(), &result));
+        zxreg_beginUpdate(store.get(), &result);
+        KeyHandle rule(zxreg_openKey(store.get(), "Rule\\Mail", &result));
+        for (int level = 0; level < 9000 && result >= 0; ++level) {
+            KeyHandle child(zxreg_createKey(rule.get(), "rules", &result));
+            child = KeyHandle(zxreg_createKey(child.get(), "A", &result));
+            rule = std::move(child);
+        }
+        ASSERT_GE(result, 0);
+        zxreg_endUpdate(store.get(), &result);
+        ASSERT_GE(result, 0);
+    }
+    const Outcome outcome = run({"dump"});
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_NE(outcome.err.find("cannot dump the store"), std::string::npos) << outcome.err;
+}
+
 }  // namespace tool

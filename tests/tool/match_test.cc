@@ -106,6 +106,7 @@ TEST_F(MatchTest, TextNamesReceiversTasksAndWhoIsLeft) {
 
 TEST_F(MatchTest, EnvelopesAreAddedUpInATree) {
     const std::string file = write("mails.tsv",
+                                   "\xEF\xBB\xBF"
                                    "a@b.c\tx@sales.example,y@sales.example\r\n"
                                    "\n"
                                    "<>\tz@else.test,o@other.example\n"
@@ -152,6 +153,8 @@ TEST_F(MatchTest, MalformedEnvelopesAreNamedByLine) {
                                      {"a@b.c\tx@y.z,,v@w.x", "a receiver is empty"},
                                      {"a@b.c\tx@y.z,", "a receiver is empty"},
                                      {"\tx@y.z", "the null sender is <>"},
+                                     {" a@b.c\tx@y.z", "a blank stands"},
+                                     {"a@b.c\tx@y.z, v@w.x", "a blank stands"},
                                      {"a@b.c\tx@y.z\tmore", "second TAB"},
                                      {std::string("a@b.c\tx\0y", 9), "NUL"}}) {
         const std::string file = write("mails.tsv", "a@b.c\tx@y.example\n\n" + line + "\n");
@@ -197,6 +200,21 @@ TEST_F(MatchTest, LongNamesOfTasksAreWhole) {
                          "      tasks: [{name: twelve-bytes}, {name: twelve}]\n"));
     const auto mail = nlohmann::json::parse(json({"--sender", "a@b", "--receiver", "c@d"}));
     EXPECT_EQ(mail["matches"][0]["tasks"], nlohmann::json({"\\" + rule + "\\twelve-bytes", "\\" + rule + "\\twelve"}));
+}
+
+TEST_F(ToolTest, TasksOfRulesWithVeryLongPathsAreNamed) {
+    const std::string name(200, 'n');
+    const std::string condition = "conditions: [{sender: \"*\", receiver: \"*\"}]";
+    std::string rules = "  tasks: [{name: scan}, {name: archive}]\n";
+    for (const char* indent : {"  ", "      ", "          "}) {
+        rules.append(indent).append("rules:\n").append(indent).append("  - name: ").append(name).append("\n");
+        rules.append(indent).append("    ").append(condition).append("\n");
+    }
+    apply(policyWithRoot(rules));
+    const Outcome outcome = run({"match", "--sender", "a@b", "--receiver", "c@d"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("\\scan"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("\\archive"), std::string::npos) << outcome.out;
 }
 
 }  // namespace tool

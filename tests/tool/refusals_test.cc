@@ -105,6 +105,8 @@ const std::vector<Refusal>& refusals() {
         {"BadBase64", root("  displayName: !!binary \"%%%%\"\n"), "p:4:16", "base64"},
         {"NulInBinary", root("  displayName: !!binary \"AA==\"\n"), "p:4:16", "NUL"},
         {"OtherTag", root("  displayName: !own x\n"), "p:4:16", "tag"},
+        {"SecretKey", list("{name: A, type: directory, password: my, Passw0rd}"), "p:3:46", "unknown key in a list"},
+        {"SecretTag", list("{name: A, type: directory, password: !Passw0rd x}"), "p:3:42", "has a tag that is not"},
         {"MarkTwice", root("  inactive: ['\\a', '\\A\\']\n"), "p:4:20", "stands twice"},
         {"EmptyMark", root("  inactive: ['']\n"), "p:4:14", "empty"},
         {"LongMark", root("  inactive: ['" + many(256) + "']\n"), "p:4:14", "longer than 255"},

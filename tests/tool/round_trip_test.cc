@@ -86,7 +86,7 @@ TEST_F(RoundTripTest, ApplyOfADumpChangesNothing) {
 TEST_F(RoundTripTest, TheLongestTextsAreKept) {
     const std::string name(255, 'n');
     const std::string comment(511, 'c');
-    const std::string side = "(" + std::string(509, 's') + ")";
+    const std::string side = std::string(250, 's') + "@" + std::string(260, 'd');
     apply(policyWithRoot("  displayName: " + name + "\n  comment: " + comment + "\n  rules:\n    - name: " + name +
                          "\n      conditions: [{sender: \"" + side + "\", receiver: \"" + side + "\"}]\n" +
                          "  tasks: [{name: " + std::string(254, 't') + "}]\n"));
