@@ -1,5 +1,6 @@
 #include "match_report.h"
 
+#include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <ostream>
@@ -44,7 +45,7 @@ void walk(const RuleNode& node, const std::string& lead, const std::string& belo
 // A number with one decimal below `least`, and none from there on.
 std::string rounded(double value, double least) {
     char text[32];
-    if (value >= least) return grouped(static_cast<uint64_t>(value + 0.5));
+    if (value >= least) return grouped(static_cast<uint64_t>(std::llround(value)));
     std::snprintf(text, sizeof text, "%.1f", value);
     return text;
 }
