@@ -324,6 +324,60 @@ BENCHMARK_DEFINE_F(Store, FillAndEmptyLargeList)(benchmark::State& state) {
 }
 ON_BOTH(FillAndEmptyLargeList)->Unit(benchmark::kMillisecond);
 
+// The value of one KiB written 80 times, then the next one, among many: what filling a large address list does. An item
+// is one write.
+BENCHMARK_DEFINE_F(Store, RewriteValuesInUpdate)(benchmark::State& state) {
+    constexpr int count = 2000;
+    constexpr int timesEach = 80;
+    std::string image(1024, 'x');
+    int error = 0;
+    zxreg_beginUpdate(_rule, &error);
+    require(error);
+    for (auto _ : state) {
+        zxreg_beginUpdate(_rule, &error);
+        for (int i = 0; i < count; ++i) {
+            const std::string name = "address" + std::to_string(i);
+            for (size_t k = 0; k < timesEach; ++k) {
+                image[k] ^= 1;
+                zxreg_setValue(_rule, name.c_str(), ZXREG_MULTI_STRING, image.data(), 1024, &error);
+            }
+        }
+        require(error);
+        state.PauseTiming();
+        zxreg_cancelUpdate(_rule, &error);
+        state.ResumeTiming();
+    }
+    zxreg_cancelUpdate(_rule, &error);
+    require(error);
+    state.SetItemsProcessed(state.iterations() * count * timesEach);
+}
+ON_BOTH(RewriteValuesInUpdate)->Unit(benchmark::kMillisecond);
+
+// New values of two KiB made durable in one update.
+BENCHMARK_DEFINE_F(Store, CommitLargeList)(benchmark::State& state) {
+    constexpr int count = 13000;
+    const std::string image(2048, 'x');
+    int error = 0;
+    for (auto _ : state) {
+        const Key list(zxreg_createKey(_rule, "list", &error));
+        zxreg_beginUpdate(list.get(), &error);
+        require(error);
+        for (int i = 0; i < count; ++i) {
+            const std::string name = "address" + std::to_string(i);
+            zxreg_setValue(list.get(), name.c_str(), ZXREG_MULTI_STRING, image.data(), 2048, &error);
+        }
+        require(error);
+        zxreg_endUpdate(list.get(), &error);
+        require(error);
+        state.PauseTiming();
+        zxreg_deleteKey(_rule, "list", &error);
+        require(error);
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(state.iterations() * count);
+}
+ON_BOTH(CommitLargeList)->Unit(benchmark::kMillisecond);
+
 // Subkeys made and deleted again, the oldest first, in a store with many keys.
 BENCHMARK_DEFINE_F(Store, CreateAndDeleteSubkeys)(benchmark::State& state) {
     constexpr int count = 10000;

@@ -147,7 +147,7 @@ TEST_F(SqliteFiles, AFullDiskTakesTheWriteBack) {
     makeStore();
     const std::string big(100000, 'x');
     Worker worker({location, "limit", "60000", "set", "A", "v", big,     "get", "A",   "v", "begin", "set",
-                   "A",      "w",     big,     "set", "A", "w", "small", "end", "get", "A", "w"});
+                   "A",      "w",     big,     "set", "A", "u", "small", "end", "get", "A", "w"});
     EXPECT_EQ(worker.line(), "error 81021901");
     EXPECT_EQ(worker.line(), "x");
     std::vector<std::string> lines;

@@ -46,6 +46,14 @@ TEST_P(Stamps, EveryChangeBelowCounts) {
     expectChange("value of its own", [&] { return setText(list, "v", "x"); });
 }
 
+TEST_P(Stamps, EveryWriteOfOneValueInAnUpdateCounts) {
+    EXPECT_GE(begin(top), 0);
+    for (int i = 0; i < 3; ++i) {
+        expectChange("written again", [&] { return setText(below, "v", std::to_string(i)); });
+    }
+    EXPECT_GE(end(top), 0);
+}
+
 TEST_P(Stamps, ReadingDoesNot) {
     const uint64_t before = stamp(root);
     dump(root);

@@ -145,6 +145,13 @@ uint64_t stamp(const Key& key) {
     return number;
 }
 
+uint64_t identity(const Key& key) {
+    int error = 0;
+    const uint64_t number = zxreg_identity(key.get(), &error);
+    EXPECT_EQ(number != 0, error >= 0);
+    return number;
+}
+
 int begin(const Key& key) {
     int error = 0;
     zxreg_beginUpdate(key.get(), &error);

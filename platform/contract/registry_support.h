@@ -71,6 +71,7 @@ std::optional<Stored> read(const Key& key, const std::string& name);
 // The text of a string value, or the code of the failure.
 std::string text(const Key& key, const std::string& name);
 uint64_t stamp(const Key& key);
+uint64_t identity(const Key& key);
 int begin(const Key& key);
 int end(const Key& key);
 int cancel(const Key& key);

@@ -6,6 +6,7 @@
 //   set PATH NAME TEXT | unset PATH NAME     values, strings
 //   secret PATH NAME TEXT                    a protected string
 //   get PATH NAME                            prints the value
+//   long PATH NAME SIZE                      a string of that many bytes
 //   fill PATH COUNT                          sets COUNT values n0, n1, ...
 //   count PATH NAME                          sets 1, 2, ... and prints each number, for ever
 //   begin | end | cancel                     an update
@@ -140,6 +141,10 @@ int run(_ZxPolComHandle* root, char** words, int count) {
     if (is("unset", 2)) return onKey(root, words[1], [&](auto* k, int* e) { zxreg_deleteValue(k, words[2], e); }), 3;
     if (is("get", 2)) return onKey(root, words[1], [&](auto* k, int* e) { get(k, words[2], e); }), 3;
     if (is("fill", 2)) return onKey(root, words[1], [&](auto* k, int* e) { fill(k, std::atoi(words[2]), e); }), 3;
+    if (is("long", 3)) {
+        const std::string text(std::strtoul(words[3], nullptr, 10), 'x');
+        return onKey(root, words[1], [&](auto* k, int* e) { setText(k, words[2], ZXREG_STRING, text, e); }), 4;
+    }
     if (is("count", 2)) return onKey(root, words[1], [&](auto* k, int* e) { countUp(k, words[2], e); }), 3;
     if (is("quiet", 2)) readQuietly(root, words[1], words[2]);
     const bool isSecret = is("secret", 3);

@@ -171,8 +171,8 @@ ZXREG_API void zxreg_beginUpdate(_ZxPolComHandle* key, int* error);
 /*
  * Ends the innermost update of this thread; `key` may be any key of the store. On failure of the
  * outermost end the update has ended and nothing since its beginning has been kept. A write that
- * failed because the engine failed (a full disk) makes the end fail, too. NO_UPDATE when this thread
- * has none open.
+ * failed because the engine failed (a full disk) makes the end fail, too; such a failure may show only
+ * at a later write or at the end. NO_UPDATE when this thread has none open.
  */
 ZXREG_API void zxreg_endUpdate(_ZxPolComHandle* key, int* error);
 
@@ -185,6 +185,16 @@ ZXREG_API void zxreg_cancelUpdate(_ZxPolComHandle* key, int* error);
  * different for keys of different stores. It is comparable within one process only. 0 on failure.
  */
 ZXREG_API uint64_t zxreg_stamp(_ZxPolComHandle* key, int* error);
+
+/*
+ * A number that designates the key itself for as long as it exists while its store is open in this
+ * process: the same through every handle of the key and whatever changes at or below it, from any
+ * process; different for every other key of this or any other store. It is not used again: a key that
+ * is created anew under the same name, or found in a store that was closed and opened again, has
+ * another one. A key whose deletion is taken back keeps its number. It is comparable within one process
+ * only. 0 on failure (DELETED for a deleted key).
+ */
+ZXREG_API uint64_t zxreg_identity(_ZxPolComHandle* key, int* error);
 
 /* ---- opening a store of the library under platform/registry ---------------------------------- */
 

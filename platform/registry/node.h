@@ -63,6 +63,7 @@ public:
     }
 
     const uint64_t id;
+    const uint64_t identity = nextIdentity();  // of this process only, and never given twice
     uint64_t stamp = 0;
     Node* const parent;  // not to be followed once the node is deleted and the log is empty
     Items<Node*> children;
@@ -71,6 +72,8 @@ public:
 
 private:
     ~Node() = default;
+
+    static uint64_t nextIdentity() noexcept;
 
     std::atomic<uint32_t> _references{0};
     const std::string _name;

@@ -102,6 +102,20 @@ private:
     ValuePtr _sealed;
 };
 
+// A number that `get(const Node&)` reads off an existing key; 0 on failure.
+template <class Get>
+uint64_t numberOf(_ZxPolComHandle* handle, int* error, Get get) noexcept {
+    uint64_t number = 0;
+    call(handle, error, [&](Key& of) {
+        return of.store->read([&](const Tree&) {
+            if (of.node->deleted) return ZXREG_E_DELETED;
+            number = get(*of.node);
+            return ZXREG_S_OK;
+        });
+    });
+    return number;
+}
+
 // Whether a name and its NUL fit; writes the length of the name in any case.
 bool tellLength(std::string_view name, uint32_t* size) noexcept {
     const uint32_t capacity = *size;
@@ -229,15 +243,11 @@ void zxreg_cancelUpdate(_ZxPolComHandle* key, int* error) {
 }
 
 uint64_t zxreg_stamp(_ZxPolComHandle* key, int* error) {
-    uint64_t stamp = 0;
-    call(key, error, [&](Key& of) {
-        return of.store->read([&](const Tree&) {
-            if (of.node->deleted) return ZXREG_E_DELETED;
-            stamp = of.node->stamp;
-            return ZXREG_S_OK;
-        });
-    });
-    return stamp;
+    return numberOf(key, error, [](const Node& node) { return node.stamp; });
+}
+
+uint64_t zxreg_identity(_ZxPolComHandle* key, int* error) {
+    return numberOf(key, error, [](const Node& node) { return node.identity; });
 }
 
 _ZxPolComHandle* zxreg_openStore(const char* location, int* error) {

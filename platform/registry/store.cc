@@ -42,72 +42,56 @@ void Store::refresh() {
     _engine->refresh(_tree);
 }
 
-// Runs `apply`, which makes one change of the tree and returns a code, as an update of its own: inside the update that
-// this thread has open, or durable by itself.
-template <class Apply>
-int Store::change(Apply apply) {
+// Runs `write`, which makes one change of the tree or none and returns a code: inside the update that this thread has
+// open, or as an update of its own, whose end finds out when there is nothing to keep.
+template <class Write>
+int Store::update(Write write) {
+    if (_updates.depth() != 0) return write();
     begin();
+    int code = ZXREG_S_OK;
     try {
-        checkWritable();
-        const int code = apply();
-        if (code < 0) {
-            cancel();
-            return code;
-        }
-        record(_tree.lastChange());
+        code = write();
     } catch (...) {
         cancel();
         throw;
     }
     end();
-    return ZXREG_S_OK;
+    return code;
+}
+
+// Runs `apply`, which makes one change of the tree or none and returns a code, with the tree locked.
+template <class Apply>
+int Store::change(Apply apply) {
+    return update([&] {
+        recordOutstanding();
+        const std::unique_lock guard(_tree.lock);
+        return apply();
+    });
 }
 
 int Store::createKey(Node& from, std::string_view path, NodeRef& made) {
     const int code = read([&](const Tree& tree) { return tree.find(from, path, made); });
     if (code != ZXREG_E_NOT_FOUND) return code;
-    begin();
-    try {
-        checkWritable();
-        const size_t before = _tree.logSize();
-        int result;
-        {
-            const std::unique_lock guard(_tree.lock);
-            result = _tree.create(from, path, made);
-        }
-        if (_tree.logSize() == before) {  // refused, or made by somebody else in the meantime
-            cancel();
-            return result;
-        }
-        record(_tree.lastChange());
-    } catch (...) {
-        cancel();
-        throw;
-    }
-    end();
-    return ZXREG_S_OK;
+    return change([&] { return _tree.create(from, path, made); });
 }
 
 int Store::deleteKey(Node& from, std::string_view path) {
-    return change([&] {
-        const std::unique_lock guard(_tree.lock);
-        return _tree.remove(from, path);
-    });
+    return change([&] { return _tree.remove(from, path); });
 }
 
 int Store::setValue(Node& node, std::string_view name, uint32_t type, const void* data, uint32_t size) {
-    return change([&] {
+    return update([&] {
+        checkWritable();
         ValuePtr value = makeValue(node, name, type, data, size);
+        const bool isAgain = isWrittenAgain(node, value->id);
+        if (!isAgain) recordOutstanding();
         const std::unique_lock guard(_tree.lock);
-        return _tree.setValue(node, std::move(value));
+        return isAgain ? _tree.setValueAgain(node, std::move(value)) : _tree.setValue(node, std::move(value));
     });
 }
 
 int Store::deleteValue(Node& node, std::string_view name) {
-    return change([&] {
-        const std::unique_lock guard(_tree.lock);
-        return _tree.removeValue(node, name);
-    });
+    return change([&] { return _tree.removeValue(node, name); });
 }
 
 ValuePtr Store::makeValue(const Node& node, std::string_view name, uint32_t type, const void* data, uint32_t size) {

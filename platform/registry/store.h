@@ -67,14 +67,19 @@ private:
     void beginTransaction(Deadline deadline);
     void end();
     void cancel() noexcept;
+    void leave() noexcept;
     void takeBackAll() noexcept;
-    void takeBackTo(size_t mark) noexcept;
+    void takeBackLast() noexcept;
     void commit();
     void record(const Change& change);
+    void recordOutstanding();
+    bool isWrittenAgain(const Node& node, uint64_t value) const noexcept;
     void checkWritable() const;
     [[noreturn]] void throwUnsound() const;
     ValuePtr makeValue(const Node& node, std::string_view name, uint32_t type, const void* data, uint32_t size);
 
+    template <class Write>
+    int update(Write write);
     template <class Apply>
     int change(Apply apply);
 
@@ -94,6 +99,7 @@ private:
     // These belong to the holder of the update lock.
     UpdateLock _updates;
     std::vector<size_t> _marks;    // the size of the tree's log at the beginning of each open update
+    size_t _recorded = 0;          // how many changes of the log the engine knows: all, or all but the last
     std::optional<Failure> _lost;  // why the open transaction can only be rolled back
 };
 

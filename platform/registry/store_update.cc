@@ -55,34 +55,31 @@ void Store::beginTransaction(Deadline deadline) {
 
 // Ends the innermost update. When it throws, the update has ended all the same, and nothing of it has been kept.
 void Store::end() {
-    const bool isOutermost = _marks.size() == 1;
-    std::optional<Failure> lost;
-    if (isOutermost && _lost) {
-        lost = std::move(_lost);
-        takeBackAll();
-    } else if (isOutermost) {
-        try {
-            commit();
-        } catch (...) {
-            _marks.pop_back();
-            _updates.giveBack();
-            throw;
-        }
+    try {
+        if (_marks.size() == 1) commit();
+    } catch (...) {
+        leave();
+        throw;
     }
+    leave();
+}
+
+void Store::leave() noexcept {
     _marks.pop_back();
     _updates.giveBack();
-    if (lost) throw Failure(*lost);
 }
 
 void Store::commit() {
-    if (_tree.logSize() == 0) return takeBackAll();
-    const std::lock_guard guard(_engineMutex);
     try {
+        if (_lost) throw Failure(*_lost);
+        if (_tree.logSize() == 0) return takeBackAll();
+        recordOutstanding();
+        const std::lock_guard guard(_engineMutex);
         _engine->commit(_tree);
         _tree.clearLog();
+        _recorded = 0;
     } catch (...) {
-        _engine->rollback();
-        takeBackTo(0);
+        takeBackAll();
         throw;
     }
 }
@@ -93,18 +90,10 @@ void Store::cancel() noexcept {
         takeBackAll();
     } else {
         while (_tree.logSize() > _marks.back()) {
-            Change undone = [this] {
-                const std::unique_lock guard(_tree.lock);
-                return _tree.takeBackLast();
-            }();
-            try {
-                if (!_lost) record(undone);
-            } catch (...) {
-            }
+            takeBackLast();
         }
     }
-    _marks.pop_back();
-    _updates.giveBack();
+    leave();
 }
 
 // Takes the whole transaction back. The engine stays locked until the tree shows the old state again, so that nothing
@@ -112,15 +101,41 @@ void Store::cancel() noexcept {
 void Store::takeBackAll() noexcept {
     const std::lock_guard guard(_engineMutex);
     _engine->rollback();
-    takeBackTo(0);
+    const std::unique_lock treeGuard(_tree.lock);
+    while (_tree.logSize() > 0) {
+        _tree.takeBackLast();
+    }
+    _recorded = 0;
     _lost.reset();
 }
 
-void Store::takeBackTo(size_t mark) noexcept {
-    const std::unique_lock guard(_tree.lock);
-    while (_tree.logSize() > mark) {
-        _tree.takeBackLast();
+// Takes the last change back inside the transaction; what the engine knows of it is undone by a further record.
+void Store::takeBackLast() noexcept {
+    const Change undone = [this] {
+        const std::unique_lock guard(_tree.lock);
+        return _tree.takeBackLast();
+    }();
+    if (_recorded <= _tree.logSize()) return;
+    _recorded = _tree.logSize();
+    try {
+        if (!_lost) record(undone);
+    } catch (...) {  // the transaction is lost, which its end will say
     }
+}
+
+// Whether the last change wrote the value too, in the innermost update, and the engine has not been told yet. The next
+// write becomes a part of that change then: of a value written again and again, only the last state is recorded.
+bool Store::isWrittenAgain(const Node& node, uint64_t value) const noexcept {
+    const size_t changes = _tree.logSize();
+    return changes > _recorded && changes > _marks.back() && _tree.lastChange().isWriteOf(node, value);
+}
+
+// To be called before another change and before the commit: the engine takes a change as the tree shows it.
+void Store::recordOutstanding() {
+    checkWritable();
+    if (_recorded == _tree.logSize()) return;
+    record(_tree.lastChange());
+    ++_recorded;
 }
 
 // Hands a change to the engine. A transaction that the engine could not follow is lost as a whole.

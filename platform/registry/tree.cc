@@ -68,6 +68,11 @@ ValuePtr Value::make(uint64_t id, std::string_view name, uint32_t type, const vo
     return value;
 }
 
+uint64_t Node::nextIdentity() noexcept {
+    alignas(8) static std::atomic<uint64_t> identities{0};
+    return identities.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
 Tree::Tree() : _root(new Node(rootId, nullptr, "")) {
     NodeRef guard(_root);
     _nodes.insert(_root);
@@ -137,6 +142,13 @@ int Tree::setValue(Node& node, ValuePtr value) {
         _nextValueId = std::max(_nextValueId, after->id + 1);
     }
     change.after = after;
+    touch(node);
+    return ZXREG_S_OK;
+}
+
+int Tree::setValueAgain(Node& node, ValuePtr value) noexcept {
+    _log.back().after = value.get();
+    node.values.replace(std::move(value));
     touch(node);
     return ZXREG_S_OK;
 }

@@ -17,6 +17,10 @@ struct Change {
     NodeRef node;                  // added or removed with all its values, or the one whose value changed
     ValuePtr before;               // ValueChanged: the value that left the tree; null for a new one
     const Value* after = nullptr;  // ValueChanged: the value now in the tree; null for a deleted one
+
+    bool isWriteOf(const Node& owner, uint64_t valueId) const noexcept {
+        return node.get() == &owner && after != nullptr && after->id == valueId;
+    }
 };
 
 // A key and a value as they came from outside.
@@ -59,6 +63,8 @@ public:
     int remove(Node& from, std::string_view path);
     // The value takes the place of the one of the same name, or the last place; its id comes from valueIdFor.
     int setValue(Node& node, ValuePtr value);
+    // The same when the last change of the log is a write of that very value: the two become one change.
+    int setValueAgain(Node& node, ValuePtr value) noexcept;
     int removeValue(Node& node, std::string_view name);
     uint64_t valueIdFor(const Node& node, std::string_view name) const noexcept;
 

@@ -6,6 +6,18 @@
 #include "store/store_key.h"
 #include "zxpolicy.h"
 
+namespace zxpol {
+
+// The head of the record, which is the record of the attributes that all objects have.
+inline _ZxPolCommAttrib* commonOf(_ZxPolAddrListAttr* attr) {
+    return reinterpret_cast<_ZxPolCommAttrib*>(attr);
+}
+inline const _ZxPolCommAttrib* commonOf(const _ZxPolAddrListAttr* attr) {
+    return reinterpret_cast<const _ZxPolCommAttrib*>(attr);
+}
+
+}  // namespace zxpol
+
 /*
  * One open address list. The object owns the list's key and does not need the hive that it came from. Two
  * objects on one list share the store. One thread at a time.

@@ -4,6 +4,7 @@
 
 #include "addrlist/addr_list.h"
 #include "addrlist/ldap_addr_list.h"
+#include "addrlist/normal_addr_list.h"
 #include "store/store_key.h"
 #include "store/store_value.h"
 #include "store/update.h"
@@ -18,13 +19,12 @@ constexpr const char* kTypeValue = "type";
 using List = std::unique_ptr<ZxPolAddrList>;
 
 // Makes the object for a list of the given kind on its open key: the one place that knows all kinds of lists.
-List makeList(uint32_t type, StoreKey listKey, int* error) {
+List makeList(uint32_t type, StoreKey listKey, const char* name, int* error) {
     switch (type) {
         case ZXPOL_ADDRLIST_DIRECTORY:
             return std::make_unique<ZxPolLdapAddrList>(std::move(listKey));
         case ZXPOL_ADDRLIST_NORMAL:
-            *error = ZXPOL_E_NOT_SUPPORTED;
-            return nullptr;
+            return std::make_unique<ZxPolNormalAddrList>(std::move(listKey), name, error);
         default:
             *error = ZXPOL_E_INVALID_FORMAT;
             return nullptr;
@@ -38,7 +38,7 @@ int whyNotCreated(const char* name, const _ZxPolAddrListAttr* attr) {
         case ZXPOL_ADDRLIST_DIRECTORY:
             return ZxPolLdapAddrList::isValidAttrib(attr) ? ZXPOL_S_OK : ZXPOL_E_INVALID_ARG;
         case ZXPOL_ADDRLIST_NORMAL:
-            return ZXPOL_E_NOT_SUPPORTED;
+            return ZxPolNormalAddrList::isValidAttrib(attr) ? ZXPOL_S_OK : ZXPOL_E_INVALID_ARG;
         default:
             return ZXPOL_E_INVALID_ARG;
     }
@@ -62,7 +62,8 @@ ZxPolAddrList* ZxPolAddrListHive::openAddrList(const char* name, int* error) {
     uint32_t type = 0;
     readNumber(listKey.get(), kTypeValue, &type, error);
     if (failed(*error)) return nullptr;
-    return makeList(type, std::move(listKey), error).release();
+    List list = makeList(type, std::move(listKey), name, error);
+    return succeeded(*error) ? list.release() : nullptr;
 }
 
 ZxPolAddrList* ZxPolAddrListHive::createAddrList(const char* name, const _ZxPolAddrListAttr* attr, int* error) {
@@ -73,8 +74,8 @@ ZxPolAddrList* ZxPolAddrListHive::createAddrList(const char* name, const _ZxPolA
                     [&]() -> List {
                         StoreKey listKey(createChild(name, error, nullptr));
                         if (failed(*error) || !listKey) return nullptr;
-                        List list = makeList(attr->type, std::move(listKey), error);
-                        if (list == nullptr) return nullptr;
+                        List list = makeList(attr->type, std::move(listKey), name, error);
+                        if (failed(*error)) return nullptr;
                         list->setAttrib(attr, error);
                         if (*error == ZXPOL_E_NOT_SUPPORTED) *error = ZXPOL_S_OK;
                         return succeeded(*error) ? std::move(list) : nullptr;
@@ -83,7 +84,10 @@ ZxPolAddrList* ZxPolAddrListHive::createAddrList(const char* name, const _ZxPolA
 }
 
 void ZxPolAddrListHive::deleteAddrList(const char* name, int* error) {
+    if (error == nullptr) return;
     deleteChild(name, error);
+    // A cache may outlive its list, never the wish to be rid of it.
+    ZxPolNormalAddrList::clearAddrCacheByName(name, error);
 }
 
 void ZxPolAddrListHive::enumAddrList(uint32_t index, char* buffer, uint32_t* size, int* error) {

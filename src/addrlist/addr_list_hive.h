@@ -25,16 +25,17 @@ public:
     // Opens the hive below a key of the caller's, making it when missing.
     static ZxPolAddrListHive* open(_ZxPolComHandle* parent, int* error);
 
-    // Opens the list `name`. ZXPOL_E_INVALID_ARG: null or empty name. ZXPOL_E_NOT_SUPPORTED: a list kept in the
-    // store. ZXPOL_E_INVALID_FORMAT: no known kind. A kind that cannot be read: the store's code.
+    // Opens the list `name`. The first object on a normal list reads all of it. ZXPOL_E_INVALID_ARG: null or empty
+    // name. ZXPOL_E_INVALID_FORMAT: no known kind, or an address value of another type than multi-string. A kind that
+    // cannot be read: the store's code.
     ZxPolAddrList* openAddrList(const char* name, int* error);
 
     // Creates the list `name`, or opens an existing one, and writes its attributes. ZXPOL_E_INVALID_ARG: null
-    // argument, empty name, unknown type, a text without NUL. ZXPOL_E_NOT_SUPPORTED: a list kept in the store. In
-    // both cases nothing is created; a key made before a later failure stays in the store.
+    // argument, empty name, unknown type, a text without NUL; nothing is created. A key made before a later failure
+    // stays in the store.
     ZxPolAddrList* createAddrList(const char* name, const _ZxPolAddrListAttr* attr, int* error);
 
-    // Deletes the list `name`. ZXPOL_E_INVALID_ARG: null or empty name.
+    // Deletes the list `name`, and its cache whatever came of that. ZXPOL_E_INVALID_ARG: null or empty name.
     void deleteAddrList(const char* name, int* error);
 
     // The name of the `index`-th list in the store's order; sizes are the store's. ZXPOL_E_INVALID_ARG: null

@@ -41,16 +41,9 @@ constexpr Setting kSettings[] = {
 };
 #undef ZXPOL_SETTING
 
-// The head of the record is the record of the attributes that all objects have.
+// As commonOf takes it.
 static_assert(offsetof(_ZxPolAddrListAttr, displayName) == offsetof(_ZxPolCommAttrib, displayName));
 static_assert(offsetof(_ZxPolAddrListAttr, comment) == offsetof(_ZxPolCommAttrib, comment));
-
-_ZxPolCommAttrib* commonOf(_ZxPolAddrListAttr* attr) {
-    return reinterpret_cast<_ZxPolCommAttrib*>(attr);
-}
-const _ZxPolCommAttrib* commonOf(const _ZxPolAddrListAttr* attr) {
-    return reinterpret_cast<const _ZxPolCommAttrib*>(attr);
-}
 
 char* fieldOf(_ZxPolAddrListAttr* attr, const Setting& setting) {
     return reinterpret_cast<char*>(attr) + setting.offset;

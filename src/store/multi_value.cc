@@ -150,6 +150,20 @@ void ZxPolMultiValue::deleteValueName(const char* name, int* error) {
     });
 }
 
+void ZxPolMultiValue::deleteAll(int* error) {
+    if (error == nullptr) return;
+    *error = readResult;
+    if (failed(*error) || names.empty()) return;
+    if (numberOf(names.front(), std::strlen(prefix)).empty()) {
+        *error = ZXPOL_E_INVALID_ARG;
+        return;
+    }
+    inUpdate(key, error, [&] {
+        for (; !names.empty() && succeeded(*error); names.pop_back())
+            deleteValue(key, names.back().c_str(), error);
+    });
+}
+
 // Moves the values after the `number`-th down by one. Entry i of the names stands for number i + 1.
 void ZxPolMultiValue::_moveDown(size_t number, int* error) {
     *error = ZXPOL_S_OK;

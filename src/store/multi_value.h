@@ -38,6 +38,10 @@ public:
     // handed out.
     void createValueName(char* buffer, uint32_t* size, int* error);
 
+    // The number of names, and why there may be more: the failure that ended their reading, or success.
+    uint32_t count() const { return static_cast<uint32_t>(names.size()); }
+    int result() const { return readResult; }
+
     // The `index`-th name. *size becomes the length without NUL, also with ZXPOL_E_BUFFER_TOO_SMALL: a caller
     // who retries adds 1. ZXPOL_E_INVALID_ARG: null buffer or size, or a size of 0. ZXPOL_E_NO_MORE_ITEMS.
     void enumValueName(uint32_t index, char* buffer, uint32_t* size, int* error);
@@ -47,6 +51,10 @@ public:
     // empty. A value above 2048 bytes cannot be moved: the store's code, part-way.
     void deleteValueName(uint32_t index, int* error);
     void deleteValueName(const char* name, int* error);
+
+    // Deletes all values, the last one first, so that none has to move; what is left after a failure is a dense list.
+    // ZXPOL_E_INVALID_ARG: the first name has no number, and nothing is deleted.
+    void deleteAll(int* error);
 
 private:
     void _moveDown(size_t number, int* error);

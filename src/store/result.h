@@ -16,6 +16,7 @@ constexpr bool succeeded(int code) {
 }
 
 constexpr uint32_t kReasonBufferTooSmall = 0x0006;
+constexpr uint32_t kReasonInvalidFormat = 0x000a;
 constexpr uint32_t kReasonNoMoreItems = 0x000c;
 constexpr uint32_t kReasonNotFound = 0x1804;
 

@@ -1,7 +1,8 @@
 #include "store/update.h"
 
-#include <dlfcn.h>
+#include <utility>
 
+#include "store/optional_service.h"
 #include "zxregistry.h"
 
 // Services that a host's store may lack.
@@ -14,24 +15,13 @@ namespace {
 
 using Service = void (*)(_ZxPolComHandle*, int*);
 
-// Where a function was loaded from; null when that cannot be told.
-template <class Function>
-const void* moduleOf(Function* function) {
-    Dl_info info{};
-    if (function == nullptr || dladdr(reinterpret_cast<const void*>(function), &info) == 0) return nullptr;
-    return info.dli_fbase;
-}
-
-// The store's update services. They are used only when they come from the same module as the store's
-// other operations: a program that brings a store without them must not have its keys handed to the
-// services of another store that happens to be loaded beside it.
+// Both services, or none.
 struct UpdateServices {
     Service begin = nullptr;
     Service end = nullptr;
 
     UpdateServices() {
-        const void* store = moduleOf(&zxreg_setValue);
-        if (store == nullptr || moduleOf(&zxreg_beginUpdate) != store || moduleOf(&zxreg_endUpdate) != store) return;
+        if (!isOfTheStore(&zxreg_beginUpdate) || !isOfTheStore(&zxreg_endUpdate)) return;
         begin = &zxreg_beginUpdate;
         end = &zxreg_endUpdate;
     }
@@ -44,6 +34,10 @@ const UpdateServices& services() {
 
 }  // namespace
 
+bool canUpdate() {
+    return services().begin != nullptr;
+}
+
 Update::Update(_ZxPolComHandle* key, int* error) : _key(key), _error(error) {
     if (services().begin == nullptr) return;
     int result = ZXPOL_S_OK;
@@ -53,10 +47,15 @@ Update::Update(_ZxPolComHandle* key, int* error) : _key(key), _error(error) {
 }
 
 Update::~Update() {
-    if (!_isOpen) return;
+    end();
+}
+
+bool Update::end() {
+    if (!std::exchange(_isOpen, false)) return true;
     int result = ZXPOL_S_OK;
     services().end(_key, &result);
     if (failed(result)) *_error = result;
+    return succeeded(result);
 }
 
 }  // namespace zxpol

@@ -9,6 +9,9 @@
 
 namespace zxpol {
 
+// Whether the host's store offers updates, and so keeps others from writing while one is open.
+bool canUpdate();
+
 // One update of the store that `key` belongs to, open as long as the object lives. Ended normally also
 // when the operation failed: what it wrote before the failure stays. A failure to end the update
 // replaces the operation's result, as nothing of it was kept then.
@@ -21,6 +24,9 @@ public:
     Update& operator=(const Update&) = delete;
 
     explicit operator bool() const { return _mayRun; }
+
+    // Ends the update now. False when nothing of it was kept; *error says why.
+    bool end();
 
 private:
     _ZxPolComHandle* _key;

@@ -1,0 +1,110 @@
+// ZxPolNormalAddrList: importing the addresses of a file.
+#include <array>
+#include <cstring>
+
+#include "addrlist/address_file.h"
+#include "addrlist/normal_addr_list.h"
+#include "store/multi_value.h"
+#include "store/result.h"
+
+using namespace zxpol;
+
+namespace {
+
+constexpr size_t kPathSize = 260;
+
+bool isPathValid(const char* path) {
+    return path != nullptr && *path != '\0' && strnlen(path, kPathSize) < kPathSize;
+}
+
+}  // namespace
+
+// One import: addresses are gathered in fixed room and handed over in batches.
+class ZxPolNormalAddrList::_Import {
+public:
+    _Import(ZxPolNormalAddrList& list, AddressFile& file, bool isReplacing)
+        : _list(list), _file(file), _isToBeCleared(isReplacing) {}
+
+    // False when the list's cache has not followed.
+    bool run(int* error) {
+        while (_file.next(_free())) {
+            if (_isToBeCleared && !_list._removeAll(error)) return false;
+            if (failed(*error)) return true;
+            _isToBeCleared = false;
+            _keep();
+            if (_isFull() && !_handOver(error)) return true;
+        }
+        if (failed(_file.result())) {
+            *error = _file.result();
+        } else if (_count == 0 || _handOver(error)) {
+            if (_hasInvalid || !_hasHandedOver) *error = ZXPOL_E_INVALID_FORMAT;
+        }
+        return true;
+    }
+
+private:
+    static constexpr size_t maxCount = 2047;
+    static constexpr size_t textSize = 51200;
+
+    char* _free() { return _texts.data() + _used; }
+    bool _isFull() const { return _count == maxCount || textSize - _used < AddressFile::lineSize; }
+
+    void _keep() {
+        _addresses[_count] = _free();
+        _lines[_count++] = _file.line();
+        _used += std::strlen(_free()) + 1;
+    }
+
+    // False when no more addresses are to be handed over.
+    bool _handOver(int* error) {
+        _addresses[_count] = nullptr;
+        _list._lines = _lines.data();
+        _list.insertAddresses(_addresses.data(), error);
+        _list._lines = nullptr;
+        _hasHandedOver = true;
+        _count = _used = 0;
+        if (hasReason(*error, kReasonInvalidFormat)) _hasInvalid = true;
+        return *error != ZXPOL_E_NOT_SUPPORTED;
+    }
+
+    ZxPolNormalAddrList& _list;
+    AddressFile& _file;
+    bool _isToBeCleared;
+    bool _hasInvalid = false;
+    bool _hasHandedOver = false;
+    std::array<char, textSize> _texts;
+    size_t _used = 0;
+    std::array<const char*, maxCount + 1> _addresses;
+    std::array<uint64_t, maxCount> _lines;
+    size_t _count = 0;
+};
+
+void ZxPolNormalAddrList::importAddresses(uint32_t format, uint32_t replace, const char* path, int* error) {
+    if (error == nullptr) return;
+    if (!isPathValid(path) || format > AddressFile::directoryExport || replace > 1) {
+        *error = ZXPOL_E_INVALID_ARG;
+        return;
+    }
+    AddressFile file(path, static_cast<AddressFile::Format>(format));
+    if (!file.isOpen()) {
+        *error = ZXPOL_E_FILE_OPEN;
+        return;
+    }
+    *error = ZXPOL_S_OK;
+    // Nobody is kept from writing while a pipe has nothing to say yet.
+    if (!file.hasLine()) {
+        *error = failed(file.result()) ? file.result() : ZXPOL_E_INVALID_FORMAT;
+        return;
+    }
+    const auto import = std::make_unique<_Import>(*this, file, replace == 1);
+    _change(error, [&] { return import->run(error); });
+}
+
+// False when a part of the addresses is gone, of which the cache knows nothing.
+bool ZxPolNormalAddrList::_removeAll(int* error) {
+    ZxPolMultiValue names(_listKey(), kAddressValue);
+    names.deleteAll(error);
+    if (failed(*error)) return false;
+    _cache->addresses.clear();
+    return true;
+}

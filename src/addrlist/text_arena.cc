@@ -1,0 +1,44 @@
+#include "addrlist/text_arena.h"
+
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace zxpol {
+
+TextArena::~TextArena() {
+    for (std::atomic<char*>& chunk : _chunks)
+        delete[] chunk.load(std::memory_order_relaxed);
+}
+
+uint32_t TextArena::add(std::string_view text, Mark marks) {
+    const size_t size = headerSize + text.size() + 1;
+    uint64_t place = _end;
+    unsigned chunk = chunkOf(_end);
+    // A text does not reach from one chunk into the next; what is left of a chunk stays unused.
+    while (place + size > uint64_t{beginOf(chunk)} + sizeOf(chunk)) {
+        if (++chunk == chunkCount) throw std::bad_alloc();
+        place = beginOf(chunk);
+    }
+    if (_chunks[chunk].load(std::memory_order_relaxed) == nullptr) {
+        _chunks[chunk].store(new char[sizeOf(chunk)], std::memory_order_relaxed);
+    }
+    char* to = _chunks[chunk].load(std::memory_order_relaxed) + (place - beginOf(chunk));
+    // A longer text is measured when it is read.
+    const size_t length = text.size() < lengthMask ? text.size() : lengthMask;
+    to[0] = static_cast<char>(length & 0xff);
+    to[1] = static_cast<char>((length | marks) >> 8);
+    std::memcpy(to + headerSize, text.data(), text.size());
+    to[headerSize + text.size()] = '\0';
+    _end = static_cast<uint32_t>(place + size);
+    return static_cast<uint32_t>(place);
+}
+
+std::string_view TextArena::text(uint32_t reference) const noexcept {
+    const char* place = at(reference);
+    const uint16_t length = header(place) & lengthMask;
+    const char* text = place + headerSize;
+    return {text, length < lengthMask ? length : std::strlen(text)};
+}
+
+}  // namespace zxpol

@@ -1,0 +1,142 @@
+#include "addrlist/wildcard_index.h"
+
+#include "addrlist/folded_text.h"
+#include "pattern/priority.h"
+
+namespace zxpol {
+
+namespace {
+
+bool isSame(std::string_view text, std::string_view folded) {
+    return text.size() == folded.size() && equalsFolded(text.data(), folded.data(), text.size());
+}
+
+}  // namespace
+
+void WildcardIndex::insert(uint32_t reference) noexcept {
+    const ZxPolCondWildcardPattern pattern(_texts.text(reference).data());
+    const PatternForm form(pattern);
+    if (form.isUnusual) {
+        _unusual.append(reference);
+        _unusualCount.fetch_add(1, std::memory_order_release);
+    } else {
+        _entries.insert(form.hash(), reference);
+        _counts[form.number()].fetch_add(1, std::memory_order_release);
+    }
+}
+
+void WildcardIndex::remove(uint32_t reference) noexcept {
+    const ZxPolCondWildcardPattern pattern(_texts.text(reference).data());
+    const PatternForm form(pattern);
+    if (form.isUnusual) {
+        _unusual.remove(reference);
+        _unusualCount.fetch_sub(1, std::memory_order_release);
+    } else {
+        _entries.remove(form.hash(), reference);
+        _counts[form.number()].fetch_sub(1, std::memory_order_release);
+    }
+}
+
+// One address against the index.
+class WildcardIndex::Search {
+public:
+    Search(const WildcardIndex& index, const char* address, bool wantsWeight, ZxPolMatchWeightType kind)
+        : _index(index),
+          _wantsWeight(wantsWeight),
+          _kind(kind),
+          _address(address),
+          _name(_address.getName()),
+          _domain(_address.getDomain()) {}
+
+    void run() {
+        lookUp(DomainForm::any, _domain.text().size());
+        if (_domain.isBracketed()) lookUp(DomainForm::bracket, _domain.text().size());
+        lookUp(DomainForm::literal, 0);
+        lookUpSuffixes();
+        if (_index._unusualCount.load(std::memory_order_acquire) != 0) compareUnusual();
+    }
+
+    uint32_t found() const { return _found; }
+    uint32_t weight() const { return _weight; }
+
+private:
+    bool isDone() const { return _found != none && !_wantsWeight; }
+    bool hasEntries(bool isAnyName, DomainForm form) const {
+        return _index._counts[PatternForm::numberOf(isAnyName, form)].load(std::memory_order_acquire) != 0;
+    }
+
+    void lookUpSuffixes() {
+        if (!hasEntries(true, DomainForm::suffix) && !hasEntries(false, DomainForm::suffix)) return;
+        const std::string_view domain = _domain.text();
+        for (size_t dot = domain.find('.'); dot != std::string_view::npos; dot = domain.find('.', dot + 1)) {
+            lookUp(DomainForm::suffix, dot + 1);
+        }
+    }
+
+    // Looks for entries whose domain has the form `form` and, where the form has a text, the address's domain from
+    // `begin` on.
+    void lookUp(DomainForm form, size_t begin) {
+        const bool hasAnyName = hasEntries(true, form);
+        const bool hasName = hasEntries(false, form);
+        if (isDone() || (!hasAnyName && !hasName)) return;
+        const uint64_t domainHash = _domain.hashFrom(begin);
+        if (hasAnyName) lookUp(true, form, emptyHash(), domainHash, begin);
+        if (hasName) lookUp(false, form, nameHash(), domainHash, begin);
+    }
+
+    void lookUp(bool isAnyName, DomainForm form, uint64_t nameHash, uint64_t domainHash, size_t begin) {
+        const uint64_t hash = formHash(PatternForm::numberOf(isAnyName, form), nameHash, domainHash);
+        const std::string_view wanted = _domain.text().substr(begin);
+        _index._entries.find(hash, [&](uint32_t reference) {
+            const ZxPolCondWildcardPattern pattern(_index._texts.text(reference).data());
+            const PatternForm entry(pattern);
+            if (entry.isAnyName != isAnyName || entry.domainForm != form || !isSame(entry.domain, wanted)) return false;
+            if (!isAnyName && !isSame(entry.name, _name.text())) return false;
+            take(reference, pattern);
+            return true;
+        });
+    }
+
+    void compareUnusual() {
+        _index._unusual.visit([&](uint32_t reference) {
+            if (isDone()) return false;
+            const ZxPolCondWildcardPattern pattern(_index._texts.text(reference).data());
+            if (pattern == _address) take(reference, pattern);
+            return true;
+        });
+    }
+
+    void take(uint32_t reference, const ZxPolCondWildcardPattern& pattern) {
+        const uint32_t weight = ZxPolPriority::calcWeight(pattern, _kind);
+        if (_found != none && weight <= _weight) return;
+        _found = reference;
+        _weight = weight;
+    }
+
+    uint64_t nameHash() {
+        if (!_hasNameHash) _nameHash = _name.hashFrom(0);
+        _hasNameHash = true;
+        return _nameHash;
+    }
+    uint64_t emptyHash() const { return _name.hashFrom(_name.text().size()); }
+
+    const WildcardIndex& _index;
+    const bool _wantsWeight;
+    const ZxPolMatchWeightType _kind;
+    const ZxPolCondWildcardPattern _address;
+    const SubjectPart _name;
+    const SubjectPart _domain;
+    uint64_t _nameHash = 0;
+    bool _hasNameHash = false;
+    uint32_t _found = none;
+    uint32_t _weight = 0;
+};
+
+uint32_t WildcardIndex::findMatch(const char* address, uint32_t* weight, ZxPolMatchWeightType kind) const {
+    Search search(*this, address, weight != nullptr, kind);
+    search.run();
+    if (weight != nullptr) *weight = search.weight();
+    return search.found();
+}
+
+}  // namespace zxpol
