@@ -533,6 +533,13 @@ ZXPOL_API void zxpol_freeMatchPair(_ZxPolMatchPair* pairs, uint32_t count, int* 
 /* ---- address lists ------------------------------------------------------------------------------------ */
 
 /*
+ * A normal list holds its addresses in the store and, for all handles in the process together, in memory. Any number of
+ * threads may use a list at once, each through its own handle; changes are made one after the other. A handle sees what
+ * this process changes; what another process has changed is seen by the handles that are opened afterwards. Every
+ * change is durable when its call returns, as one, where the store has updates.
+ */
+
+/*
  * Opens the address-list hive below the store key `key`, making it when missing. Close with
  * zxpol_closeAddrListHive. ZXPOL_E_VERSION: the store holds a policy of a later major version.
  */
@@ -544,19 +551,19 @@ ZXPOL_API void zxpol_closeAddrListHive(_ZxPolComHandle* hive, int* error);
 /*
  * Creates the list `name` with the attributes given, or opens an existing one and changes its attributes. Close with
  * zxpol_closeAddrList.
- *     ZXPOL_E_INVALID_ARG     null or empty name, null record, a type other than 0 and 1, a text field without NUL
- *     ZXPOL_E_NOT_SUPPORTED   type 0: lists kept in the store are not served by this version
+ *     ZXPOL_E_INVALID_ARG   null or empty name, null record, a type other than 0 and 1, a text field without NUL (of a
+ *                           normal list the fields after `type` are not looked at)
  * When writing the attributes fails, the list's key stays in the store.
  */
 ZXPOL_API _ZxPolComHandle* zxpol_createAddrList(_ZxPolComHandle* hive, const char* name, const _ZxPolAddrListAttr* attr,
                                                 int* error);
 
 /*
- * Opens the list `name`. Close with zxpol_closeAddrList.
- *     ZXPOL_E_INVALID_ARG      null or empty name
- *     ZXPOL_E_NOT_SUPPORTED    its type is 0: lists kept in the store are not served by this version
- *     ZXPOL_E_INVALID_FORMAT   its type is neither 0 nor 1
- *     the store's result when its type cannot be read
+ * Opens the list `name`. Close with zxpol_closeAddrList. The first opening of a normal list in the process, and the
+ * first after another process has changed it, read all of its addresses. ZXPOL_E_INVALID_ARG      null or empty name
+ *     ZXPOL_E_INVALID_FORMAT   its type is neither 0 nor 1, or a value that should hold addresses is no multi-string
+ *     the store's result when its type or a part of its addresses cannot be read; its buffer-too-small result for
+ *     addresses in a value of more than 2048 bytes
  */
 ZXPOL_API _ZxPolComHandle* zxpol_openAddrList(_ZxPolComHandle* hive, const char* name, int* error);
 
@@ -566,7 +573,10 @@ ZXPOL_API _ZxPolComHandle* zxpol_openAddrList(_ZxPolComHandle* hive, const char*
  */
 ZXPOL_API void zxpol_enumAddrList(_ZxPolComHandle* hive, uint32_t index, char* buffer, uint32_t* size, int* error);
 
-/* Deletes the list `name`. ZXPOL_E_INVALID_ARG: null or empty name. */
+/*
+ * Deletes the list `name`. Handles that are open on it keep the addresses that they had in memory and fail to change
+ * them. ZXPOL_E_INVALID_ARG: null or empty name.
+ */
 ZXPOL_API void zxpol_deleteAddrList(_ZxPolComHandle* hive, const char* name, int* error);
 
 /*
@@ -579,32 +589,62 @@ ZXPOL_API void zxpol_refreshLdapCache(_ZxPolComHandle* hive, int* error);
 ZXPOL_API void zxpol_closeAddrList(_ZxPolComHandle* list, int* error);
 
 /*
- * Reads the list's attributes; the password is read as "secret". ZXPOL_E_INVALID_ARG: null record. Fields read
- * before a failure are filled; a field whose stored value is of another type keeps what it held. A display name or
- * a comment that cannot be read is passed over.
+ * Reads the list's attributes. ZXPOL_E_INVALID_ARG: null record. Fields read before a failure are filled. Of a normal
+ * list the fields after `type` stay as they are. Of a directory list the password is read as "secret", a field whose
+ * stored value is of another type keeps what it held, and a display name or a comment that cannot be read is passed
+ * over.
  */
 ZXPOL_API void zxpol_getAddrListAttrib(_ZxPolComHandle* list, _ZxPolAddrListAttr* attr, int* error);
 
 /*
- * Writes the list's attributes, one after the other until one fails; a display name or a comment that cannot be
- * written is passed over. ZXPOL_E_INVALID_ARG: null record, or a text field without NUL. Writing type 0 to a directory
- * list makes it a normal list when it is next opened.
+ * Writes the list's attributes, one after the other until one fails; of a directory list a display name or a comment
+ * that cannot be written is passed over. ZXPOL_E_INVALID_ARG: null record, a text field without NUL, or for a normal
+ * list a type other than 0. Writing type 0 to a directory list makes it a normal list when it is next opened.
  */
 ZXPOL_API void zxpol_setAddrListAttrib(_ZxPolComHandle* list, const _ZxPolAddrListAttr* attr, int* error);
 
 /* The four functions on addresses give ZXPOL_E_NOT_SUPPORTED for a directory list, whatever the arguments. */
 
-/* Inserts the addresses of an array closed by a null pointer. */
+/*
+ * Inserts the addresses of an array closed by a null pointer, in their order. An address is a full mail address or a
+ * pattern as in a condition, of at most 511 characters. Addresses that the list holds already, letter case and the
+ * quotes around words of the local part ignored, are passed over without a failure. ZXPOL_E_INVALID_ARG      null or
+ * empty array ZXPOL_E_INVALID_FORMAT   some addresses were invalid; the others are in the list the store's result when
+ * it fails; the addresses before that stay The array and its texts are only read, and not needed any more afterwards.
+ */
 ZXPOL_API void zxpol_insertAddress(_ZxPolComHandle* list, const char** addresses, int* error);
 
-/* Removes the addresses of an array closed by a null pointer. */
+/*
+ * Removes the addresses of an array closed by a null pointer. They are compared as they are stored, letter case
+ * ignored. ZXPOL_E_INVALID_ARG   null or empty array ZXPOL_E_NOT_FOUND     some addresses were not in the list; the
+ * others are gone the store's result when it fails; the addresses before that are gone
+ */
 ZXPOL_API void zxpol_removeAddress(_ZxPolComHandle* list, const char** addresses, int* error);
 
-/* Imports addresses from the file `path`; `format` 0 plain or 1 directory export; `replace` 0 or 1. */
+/*
+ * Inserts the addresses in the file `path`. `format` 0: each line that is not blank is an address. 1: a directory
+ * export; the lines "mail: ADDRESS" and "rfc822mailbox: ADDRESS" hold addresses, in any letter case, lines are neither
+ * joined nor decoded, and all others are passed over. `replace` 1: all addresses in the list go when the first of the
+ * file has been read; 0: they stay. Blanks, tabs and line ends around an address do not belong to it; a NUL ends its
+ * line's text. ZXPOL_E_INVALID_ARG      null or empty path, a path of 260 bytes or more, another `format` or `replace`
+ *     ZXPOL_E_FILE_OPEN        the file cannot be opened
+ *     ZXPOL_E_FILE_READ        reading failed, or the path is a directory
+ *     ZXPOL_E_PARSE            a line has more than 511 characters that are not blanks at its end
+ *     ZXPOL_E_INVALID_FORMAT   some addresses were invalid, and the others are in the list; or the file has none, and
+ * the list is as it was the store's result when inserting the last addresses, or removing the old ones, failed
+ * Addresses are inserted about 2,000 at a time: what was inserted before a failure stays.
+ */
 ZXPOL_API void zxpol_importAddress(_ZxPolComHandle* list, uint32_t format, uint32_t replace, const char* path,
                                    int* error);
 
-/* The `index`-th address. */
+/*
+ * The `index`-th address. *size is the buffer's capacity on entry and the address's length with NUL on return, also
+ * when that is too much. The order is that of insertion, unless the environment variable "order" is set to anything but
+ * "user": "decending" (spelled so) asks for the descending order, any other text for the ascending one. Patterns come
+ * before full addresses in both; the descending order leaves out the full address that comes last in the ascending one.
+ * The sorted orders are made when they are first asked for after a change. ZXPOL_E_INVALID_ARG        null buffer or
+ * size ZXPOL_E_BUFFER_TOO_SMALL   nothing is copied ZXPOL_E_NO_MORE_ITEMS      past the end
+ */
 ZXPOL_API void zxpol_enumAddress(_ZxPolComHandle* list, uint32_t index, char* buffer, uint32_t* size, int* error);
 
 #ifdef __cplusplus

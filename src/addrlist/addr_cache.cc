@@ -18,6 +18,14 @@ ListKind kindOf(ZxPolAddrCache::ListType type) {
     return type == ZxPolAddrCache::WildCardList ? ListKind::wildcard : ListKind::exact;
 }
 
+// The text at a place of a sorted order. Texts of neighbours lie far apart, and will mostly be asked for next.
+const char* textOf(const CacheContent& content, const CacheContent::Items& items, size_t place, bool isAscending) {
+    constexpr size_t ahead = 8;
+    const size_t coming = isAscending ? place + ahead : place - ahead;
+    if (coming < items.size()) content.prefetch(items[coming]);
+    return content.text(items[place]).data();
+}
+
 }  // namespace
 
 ZxPolAddrCache::ZxPolAddrCache() : _lock(nullptr), _content(new CacheContent(_gate)) {}
@@ -37,6 +45,13 @@ bool ZxPolAddrCache::findAddress(const char* address, ListType type) const {
     const FoldedKey key(address);
     const ReaderGate::Pass pass(_gate);
     return _published().find(key, kindOf(type)) != CacheContent::none;
+}
+
+void ZxPolAddrCache::prefetch(const char* address, ListType type) const {
+    if (address == nullptr) return;
+    const FoldedKey key(address);
+    const ReaderGate::Pass pass(_gate);
+    _published().prefetch(key, kindOf(type));
 }
 
 bool ZxPolAddrCache::matchAddress(const char* address, ListType type, uint32_t* weight,
@@ -173,11 +188,11 @@ const char* ZxPolAddrCache::_textAt(uint32_t index, bool isSorted, bool isAscend
     const CacheContent::Items& wildcards = content.sorted(ListKind::wildcard);
     const CacheContent::Items& exact = content.sorted(ListKind::exact);
     const size_t count = wildcards.size();
-    if (index < count) return content.text(wildcards[isAscending ? index : count - index - 1]).data();
-    if (isAscending) return content.text(exact[index - count]).data();
+    if (index < count) return textOf(content, wildcards, isAscending ? index : count - index - 1, isAscending);
+    if (isAscending) return textOf(content, exact, index - count, isAscending);
     // The exact list is counted from its next-to-last entry on; there is nothing at the end of it.
     const size_t fromEnd = index - count + 2;
-    return fromEnd <= exact.size() ? content.text(exact[exact.size() - fromEnd]).data() : nullptr;
+    return fromEnd <= exact.size() ? textOf(content, exact, exact.size() - fromEnd, isAscending) : nullptr;
 }
 
 ZxPolAddrCache::ItemList ZxPolAddrCache::_itemsOf(ListType type) {

@@ -74,6 +74,9 @@ public:
     // Whether the list has an entry of the same key.
     bool findAddress(const char* address, ListType type) const;
 
+    // Has the processor fetch what finding the address will look at, for callers with a row of addresses to come.
+    void prefetch(const char* address, ListType type) const;
+
     // Whether an entry of the list matches `address`: in the exact list one of the same key, which weighs the most that
     // there is; in the wildcard list any whose pattern matches. *weight, where it is not null, is raised to the largest
     // weight of all entries that match, and never lowered. Any other type is asserted not to be.

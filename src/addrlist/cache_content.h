@@ -34,6 +34,9 @@ public:
     uint32_t find(const FoldedKey& key, ListKind list) const {
         return tableOf(list).find(key.hash(), [&](uint32_t item) { return hasKey(item, key); });
     }
+    // Has the processor fetch what `find` will look at.
+    void prefetch(const FoldedKey& key, ListKind list) const { tableOf(list).prefetch(key.hash()); }
+    void prefetch(uint32_t item) const { _texts.prefetch(item); }
     const WildcardIndex& patterns() const { return _patterns; }
     std::string_view text(uint32_t item) const { return _texts.text(item); }
 

@@ -33,6 +33,27 @@ uint64_t firstBytes(uint64_t word, size_t count) noexcept {
     return count >= 8 ? word : word & ((uint64_t{1} << count * 8) - 1);
 }
 
+// What is readable behind a key.
+constexpr size_t kSlack = sizeof(uint64_t) + 1;
+
+// Whether a word holds the byte `c`.
+bool hasByte(uint64_t word, unsigned char c) noexcept {
+    constexpr uint64_t ones = ~uint64_t{0} / 0xff;
+    const uint64_t other = word ^ ones * c;
+    return ((other - ones) & ~other & ones * 0x80) != 0;
+}
+
+// Lower-cases a text, word by word and up to seven bytes behind it. Whether there is a quote in it.
+bool fold(char* text, size_t length) noexcept {
+    bool hasQuote = false;
+    for (size_t i = 0; i < length; i += sizeof(uint64_t)) {
+        const uint64_t word = foldWord(loadWord(text + i));
+        hasQuote = hasQuote || hasByte(word, '"');
+        std::memcpy(text + i, &word, sizeof word);
+    }
+    return hasQuote;
+}
+
 struct Secret {
     uint64_t first;
     uint64_t second;
@@ -91,21 +112,14 @@ uint64_t joinHashes(uint64_t first, uint64_t second) noexcept {
 }
 
 FoldedKey::FoldedKey(std::string_view address)
-    : _buffer(address.size() + sizeof(uint64_t) + 1), _text(_buffer.data()), _length(address.size()) {
+    : _buffer(address.size() + kSlack), _text(_buffer.data()), _length(address.size()) {
     char* key = _buffer.data();
     std::memcpy(key, address.data(), _length);
-    std::memset(key + _length, 0, sizeof(uint64_t) + 1);
-    if (std::memchr(key, '"', _length) != nullptr) {
+    std::memset(key + _length, 0, kSlack);
+    if (fold(key, _length)) {
         ZxPolRfc2822Checker::stripLocalPartBoundary(key, key);
         _length = std::strlen(key);
         _hadQuotes = true;
-    }
-    // The buffer reaches beyond the last word; zeros stay zeros.
-    for (size_t i = 0; i < _length; i += sizeof(uint64_t)) {
-        uint64_t word = 0;
-        std::memcpy(&word, key + i, sizeof word);
-        word = foldWord(word);
-        std::memcpy(key + i, &word, sizeof word);
     }
     _hash = hashFolded(key, _length);
 }

@@ -22,6 +22,8 @@ constexpr int kReadAttempts = 8;
 
 ZxPolInsertWatch::~ZxPolInsertWatch() = default;
 
+void ZxPolInsertWatch::onFailure(uint64_t /*place*/, int /*result*/) {}
+
 // The map is destroyed after the lock.
 ZxPolNormalAddrList::CacheList ZxPolNormalAddrList::gmAddrCacheMap;
 KR::CRWLock ZxPolNormalAddrList::gmRWLock(nullptr);
@@ -87,9 +89,14 @@ void ZxPolNormalAddrList::_cacheAllAddresses(int* error) {
 
 // Up to an address that is too long to be one.
 void ZxPolNormalAddrList::_cacheSubList(const ZxPolAddrSubList& subList) {
+    constexpr uint32_t ahead = 8;
     for (uint32_t position = 0; position < subList.count(); ++position) {
         const char* address = subList.at(position);
         if (strnlen(address, kAddressSize) == kAddressSize) return;
+        if (position + ahead < subList.count()) {
+            const char* coming = subList.at(position + ahead);
+            _cache->addresses.prefetch(coming, ZxPolAddrCache::listOf(coming));
+        }
         int result = ZXPOL_S_OK;
         _cache->addresses.insertAddress(address, ZxPolAddrCache::listOf(address), &result);
     }
@@ -112,11 +119,14 @@ void ZxPolNormalAddrList::_change(int* error, const std::function<bool()>& body)
         if (failed(*error)) return;
         {
             ListCache::Change change(*_cache);
+            _knownStamp = 0;
             const bool isInStep = body();
             int result = ZXPOL_S_OK;
             const KeyState state = stateOf(_listKey(), &result);
             // Without updates the state may be the work of somebody else, too.
-            if (isInStep && succeeded(result) && canUpdate()) change.reached(state);
+            const bool isKnown = isInStep && succeeded(result) && canUpdate();
+            if (isKnown) change.reached(state);
+            _knownStamp = isKnown ? state.stamp : 0;
         }
         isKept = update.end();
     }
@@ -126,7 +136,9 @@ void ZxPolNormalAddrList::_change(int* error, const std::function<bool()>& body)
 // Takes a fresh cache when the list has been changed by others since this object took its own.
 void ZxPolNormalAddrList::_joinChangedList(int* error) {
     const KeyState state = stateOf(_listKey(), error);
-    if (succeeded(*error) && (_cache == nullptr || !_cache->mirrors(state))) _joinCache(error);
+    if (failed(*error)) return;
+    if (state.stamp == 0 || state.stamp != _knownStamp) _forgetTail();
+    if (_cache == nullptr || !_cache->mirrors(state)) _joinCache(error);
 }
 
 // Drops the cache, which is ahead of a store that has not kept the change.

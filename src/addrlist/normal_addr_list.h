@@ -28,6 +28,10 @@ public:
 
     // `place` is the address's index in the array, or the number of its line in the file that is imported.
     virtual void onAddress(uint64_t place, const char* address, Fate fate) = 0;
+
+    // The call ends at this place without success; what comes behind it is not looked at. Invalid addresses are no
+    // reason.
+    virtual void onFailure(uint64_t place, int result);
 };
 
 /*
@@ -133,11 +137,14 @@ private:
     void _leaveLostCache();
 
     void _insert(const char** addresses, int* error);
-    void _insertValid(const char* address, std::unique_ptr<ZxPolMultiValue>& names, int* error);
-    void _loadTail(ZxPolMultiValue& names, int* error);
-    void _beginSubList(ZxPolMultiValue& names, int* error);
+    void _insertValid(const char* address, int* error);
+    void _loadTail(int* error);
+    void _keepTail();
+    void _forgetTail();
+    void _beginSubList(int* error);
     void _loadSubList(const char* valueName, int* error);
     void _tell(size_t index, const char* address, ZxPolInsertWatch::Fate fate) const;
+    void _tellFailure(size_t index, int result) const;
 
     bool _remove(const char** addresses, int* error);
     bool _loadNext(ZxPolMultiValue& names, int* error);
@@ -155,6 +162,9 @@ private:
     const std::string _name;
     zxpol::CacheList::Shared _cache;
     std::vector<std::unique_ptr<ZxPolAddrSubList>> _subLists;
+    // What the last insertion knew of the list, which is still so while the list has this stamp.
+    std::unique_ptr<ZxPolMultiValue> _names;
+    uint64_t _knownStamp = 0;
     ZxPolInsertWatch* _watch = nullptr;
     const uint64_t* _lines = nullptr;  // of the addresses that are imported
 };

@@ -29,13 +29,13 @@ public:
     bool run(int* error) {
         while (_file.next(_free())) {
             if (_isToBeCleared && !_list._removeAll(error)) return false;
-            if (failed(*error)) return true;
             _isToBeCleared = false;
             _keep();
             if (_isFull() && !_handOver(error)) return true;
         }
         if (failed(_file.result())) {
             *error = _file.result();
+            if (_list._watch != nullptr) _list._watch->onFailure(_file.line(), *error);
         } else if (_count == 0 || _handOver(error)) {
             if (_hasInvalid || !_hasHandedOver) *error = ZXPOL_E_INVALID_FORMAT;
         }
@@ -102,6 +102,7 @@ void ZxPolNormalAddrList::importAddresses(uint32_t format, uint32_t replace, con
 
 // False when a part of the addresses is gone, of which the cache knows nothing.
 bool ZxPolNormalAddrList::_removeAll(int* error) {
+    _forgetTail();
     ZxPolMultiValue names(_listKey(), kAddressValue);
     names.deleteAll(error);
     if (failed(*error)) return false;

@@ -30,10 +30,13 @@ void ZxPolNormalAddrList::insertAddresses(const char** addresses, int* error) {
 }
 
 void ZxPolNormalAddrList::_insert(const char** addresses, int* error) {
-    _refreshSubListCache();
-    std::unique_ptr<ZxPolMultiValue> names;
+    constexpr size_t ahead = 8;
+    _keepTail();
     bool hasInvalid = false;
+    size_t fetched = 0;
     for (size_t index = 0; addresses[index] != nullptr; ++index) {
+        for (; fetched < index + ahead && addresses[fetched] != nullptr; ++fetched)
+            _cache->addresses.prefetch(addresses[fetched], ZxPolAddrCache::listOf(addresses[fetched]));
         const char* address = addresses[index];
         if (!_isAddressValid(address)) {
             ZXPOL_DEBUG(3, "Address '%s' is not valid. Skip!", address);
@@ -43,8 +46,8 @@ void ZxPolNormalAddrList::_insert(const char** addresses, int* error) {
             ZXPOL_DEBUG(3, "Address '%s' already exist", address);
             _tell(index, address, Fate::present);
         } else {
-            _insertValid(address, names, error);
-            if (failed(*error)) return;
+            _insertValid(address, error);
+            if (failed(*error)) return _forgetTail();
             _tell(index, address, Fate::stored);
         }
     }
@@ -55,17 +58,18 @@ void ZxPolNormalAddrList::_tell(size_t index, const char* address, Fate fate) co
     if (_watch != nullptr) _watch->onAddress(_lines != nullptr ? _lines[index] : index, address, fate);
 }
 
+void ZxPolNormalAddrList::_tellFailure(size_t index, int result) const {
+    if (_watch != nullptr) _watch->onFailure(_lines != nullptr ? _lines[index] : index, result);
+}
+
 // Adds an address that the list does not hold to the last value, or to a new one behind it. The names are read for the
 // first address that needs them.
-void ZxPolNormalAddrList::_insertValid(const char* address, std::unique_ptr<ZxPolMultiValue>& names, int* error) {
+void ZxPolNormalAddrList::_insertValid(const char* address, int* error) {
     *error = ZXPOL_S_OK;
-    if (names == nullptr) {
-        names = std::make_unique<ZxPolMultiValue>(_listKey(), kAddressValue);
-        _loadTail(*names, error);
-    }
+    if (_names == nullptr) _loadTail(error);
     const size_t size = std::strlen(address) + 1;
     const bool hasRoom = !_subLists.empty() && _subLists.back()->multiStrLen() + size <= ZxPolAddrSubList::maxImage;
-    if (succeeded(*error) && !hasRoom) _beginSubList(*names, error);
+    if (succeeded(*error) && !hasRoom) _beginSubList(error);
     if (failed(*error)) return;
     ZxPolAddrSubList& tail = *_subLists.back();
     tail.insert(address, error);
@@ -73,20 +77,33 @@ void ZxPolNormalAddrList::_insertValid(const char* address, std::unique_ptr<ZxPo
     if (succeeded(*error)) _cache->addresses.insertAddress(address, ZxPolAddrCache::listOf(address), error);
 }
 
-// Loads the last value.
-void ZxPolNormalAddrList::_loadTail(ZxPolMultiValue& names, int* error) {
-    *error = names.result();
-    if (failed(*error) || names.count() == 0) return;
+// Reads the names and loads the last value.
+void ZxPolNormalAddrList::_loadTail(int* error) {
+    _refreshSubListCache();
+    _names = std::make_unique<ZxPolMultiValue>(_listKey(), kAddressValue);
+    *error = _names->result();
+    if (failed(*error) || _names->count() == 0) return;
     char name[kNameSize];
     uint32_t size = sizeof name;
-    names.enumValueName(names.count() - 1, name, &size, error);
+    _names->enumValueName(_names->count() - 1, name, &size, error);
     if (succeeded(*error)) _loadSubList(name, error);
 }
 
-void ZxPolNormalAddrList::_beginSubList(ZxPolMultiValue& names, int* error) {
+// Of the sub-lists of the last insertion only the tail is of use to the next one.
+void ZxPolNormalAddrList::_keepTail() {
+    if (_names == nullptr || _subLists.empty()) return _forgetTail();
+    _subLists.erase(_subLists.begin(), _subLists.end() - 1);
+}
+
+void ZxPolNormalAddrList::_forgetTail() {
+    _names.reset();
+    _refreshSubListCache();
+}
+
+void ZxPolNormalAddrList::_beginSubList(int* error) {
     char name[kNameSize];
     uint32_t size = sizeof name;
-    names.createValueName(name, &size, error);
+    _names->createValueName(name, &size, error);
     if (succeeded(*error)) _loadSubList(name, error);
 }
 

@@ -31,8 +31,8 @@ void ZxPolNormalAddrList::removeAddresses(const char** addresses, int* error) {
 
 // False when the cache has not followed.
 bool ZxPolNormalAddrList::_remove(const char** addresses, int* error) {
+    _forgetTail();
     ZxPolMultiValue names(_listKey(), kAddressValue);
-    _refreshSubListCache();
     SubListSearch search(addresses);
     uint32_t lowest = kNoSubList;
     bool isMissing = false;

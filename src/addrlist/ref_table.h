@@ -1,11 +1,13 @@
 // RefTable: references to texts, found by hash.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 
+#include "addrlist/big_block.h"
 #include "addrlist/reader_gate.h"
 
 namespace zxpol {
@@ -31,7 +33,9 @@ public:
     template <class IsWanted>
     uint32_t find(uint64_t hash, IsWanted isWanted) const {
         const Slots& slots = *_slots.load(std::memory_order_seq_cst);
-        for (size_t group = slots.firstGroup(hash);; group = slots.nextGroup(group)) {
+        size_t group = slots.firstGroup(hash);
+        slots.prefetch(group);
+        for (;; group = slots.nextGroup(group)) {
             const Word tags = slots.tags[group].load(std::memory_order_acquire);
             for (Word hits = zeroBytes(tags ^ (ones * tagOf(hash))); hits != 0; hits &= hits - 1) {
                 const uint32_t reference = slots.refs[slotOf(group, hits)].load(std::memory_order_acquire);
@@ -41,6 +45,12 @@ public:
         }
     }
 
+    // Has the processor fetch what a search for `hash` will look at.
+    void prefetch(uint64_t hash) const noexcept {
+        const Slots& slots = *_slots.load(std::memory_order_seq_cst);
+        slots.prefetch(slots.firstGroup(hash));
+    }
+
     // Makes room for one more reference, so that `insert` cannot fail. When that takes other slots, `forEach` calls its
     // argument with the hash and the reference of everything in the table.
     template <class ForEach>
@@ -48,7 +58,9 @@ public:
         Slots* old = _slots.load(std::memory_order_relaxed);
         if (_used + 1 <= old->capacity()) return;
         auto grown = std::make_unique<Slots>(groupsFor(_live + 1));
-        forEach([&](uint64_t hash, uint32_t reference) { grown->put(hash, reference); });
+        BatchWriter writer(*grown);
+        forEach([&writer](uint64_t hash, uint32_t reference) { writer.put(hash, reference); });
+        writer.finish();
         _used = _live;
         _slots.store(grown.release(), std::memory_order_seq_cst);
         _gate.retire(old);
@@ -98,8 +110,10 @@ private:
     struct Slots : Retirable {
         explicit Slots(size_t groups)
             : mask(groups - 1),
-              tags(new std::atomic<Word>[groups]()),
-              refs(new std::atomic<uint32_t>[groups * groupSize]) {}
+              _tagBlock(BigBlock::zeroed(groups * sizeof(Word))),
+              _refBlock(groups * groupSize * sizeof(uint32_t)),
+              tags(_tagBlock.as<std::atomic<Word>>()),
+              refs(_refBlock.as<std::atomic<uint32_t>>()) {}
 
         // One slot of eight stays empty, so that every search ends.
         size_t capacity() const noexcept { return (mask + 1) * groupSize * 7 / 8; }
@@ -128,9 +142,48 @@ private:
             return tag == empty;
         }
 
+        void prefetch(size_t group) const noexcept {
+            __builtin_prefetch(tags + group);
+            __builtin_prefetch(refs + group * groupSize);
+        }
+
         const size_t mask;
-        const std::unique_ptr<std::atomic<Word>[]> tags;
-        const std::unique_ptr<std::atomic<uint32_t>[]> refs;
+
+    private:
+        const BigBlock _tagBlock;
+        const BigBlock _refBlock;
+
+    public:
+        std::atomic<Word>* const tags;
+        std::atomic<uint32_t>* const refs;
+    };
+
+    // Enters many references into slots that lie far apart: several are on their way from memory at a time.
+    class BatchWriter {
+    public:
+        explicit BatchWriter(Slots& slots) : _slots(slots) {}
+
+        void put(uint64_t hash, uint32_t reference) noexcept {
+            _slots.prefetch(_slots.firstGroup(hash));
+            _waiting[_count++] = {hash, reference};
+            if (_count == _waiting.size()) finish();
+        }
+
+        void finish() noexcept {
+            for (size_t i = 0; i < _count; ++i)
+                _slots.put(_waiting[i].hash, _waiting[i].reference);
+            _count = 0;
+        }
+
+    private:
+        struct Entry {
+            uint64_t hash;
+            uint32_t reference;
+        };
+
+        Slots& _slots;
+        std::array<Entry, 32> _waiting;
+        size_t _count = 0;
     };
 
     // Twice as many slots as references, so that growing is rare.

@@ -1,15 +1,9 @@
 #include "addrlist/text_arena.h"
 
 #include <cstring>
-#include <memory>
 #include <new>
 
 namespace zxpol {
-
-TextArena::~TextArena() {
-    for (std::atomic<char*>& chunk : _chunks)
-        delete[] chunk.load(std::memory_order_relaxed);
-}
 
 uint32_t TextArena::add(std::string_view text, Mark marks) {
     const size_t size = headerSize + text.size() + 1;
@@ -21,7 +15,8 @@ uint32_t TextArena::add(std::string_view text, Mark marks) {
         place = beginOf(chunk);
     }
     if (_chunks[chunk].load(std::memory_order_relaxed) == nullptr) {
-        _chunks[chunk].store(new char[sizeOf(chunk)], std::memory_order_relaxed);
+        _blocks[chunk] = BigBlock(sizeOf(chunk));
+        _chunks[chunk].store(_blocks[chunk].as<char>(), std::memory_order_relaxed);
     }
     char* to = _chunks[chunk].load(std::memory_order_relaxed) + (place - beginOf(chunk));
     // A longer text is measured when it is read.

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "addrlist/big_block.h"
+
 namespace zxpol {
 
 /*
@@ -22,7 +24,6 @@ public:
     static constexpr Mark markB = 0x4000;
 
     TextArena() = default;
-    ~TextArena();
     TextArena(const TextArena&) = delete;
     TextArena& operator=(const TextArena&) = delete;
 
@@ -32,6 +33,9 @@ public:
     // The text of a reference; a NUL follows it.
     std::string_view text(uint32_t reference) const noexcept;
     bool hasMark(uint32_t reference, Mark mark) const noexcept { return (header(at(reference)) & mark) != 0; }
+
+    // Has the processor fetch a text that will soon be asked for.
+    void prefetch(uint32_t reference) const noexcept { __builtin_prefetch(at(reference)); }
 
     // The bytes handed out.
     uint32_t used() const noexcept { return _end; }
@@ -57,6 +61,7 @@ private:
     }
 
     std::array<std::atomic<char*>, chunkCount> _chunks{};
+    std::array<BigBlock, chunkCount> _blocks;  // what the chunks are in
     uint32_t _end = 0;
 };
 

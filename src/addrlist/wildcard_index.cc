@@ -2,6 +2,7 @@
 
 #include "addrlist/folded_text.h"
 #include "pattern/priority.h"
+#include "pattern/wildcard_pattern.h"
 
 namespace zxpol {
 
@@ -23,6 +24,7 @@ void WildcardIndex::insert(uint32_t reference) noexcept {
         _entries.insert(form.hash(), reference);
         _counts[form.number()].fetch_add(1, std::memory_order_release);
     }
+    _count.fetch_add(1, std::memory_order_release);
 }
 
 void WildcardIndex::remove(uint32_t reference) noexcept {
@@ -35,6 +37,7 @@ void WildcardIndex::remove(uint32_t reference) noexcept {
         _entries.remove(form.hash(), reference);
         _counts[form.number()].fetch_sub(1, std::memory_order_release);
     }
+    _count.fetch_sub(1, std::memory_order_release);
 }
 
 // One address against the index.
@@ -49,10 +52,9 @@ public:
           _domain(_address.getDomain()) {}
 
     void run() {
-        lookUp(DomainForm::any, _domain.text().size());
-        if (_domain.isBracketed()) lookUp(DomainForm::bracket, _domain.text().size());
-        lookUp(DomainForm::literal, 0);
-        lookUpSuffixes();
+        collectLookups();
+        for (size_t i = 0; i < _lookupCount && !isDone(); ++i)
+            lookUp(_lookups[i]);
         if (_index._unusualCount.load(std::memory_order_acquire) != 0) compareUnusual();
     }
 
@@ -60,38 +62,56 @@ public:
     uint32_t weight() const { return _weight; }
 
 private:
+    // One entry of a lookable form that would match: with any name or the address's, and where the form has a text,
+    // with the address's domain from `begin` on.
+    struct Lookup {
+        uint64_t hash;
+        size_t begin;
+        DomainForm form;
+        bool isAnyName;
+    };
+    // Two names, and four forms of which one is a suffix behind each dot.
+    static constexpr size_t maxLookups = 2 * (3 + ZxPolWildcardPattern::maxSegments);
+
     bool isDone() const { return _found != none && !_wantsWeight; }
     bool hasEntries(bool isAnyName, DomainForm form) const {
         return _index._counts[PatternForm::numberOf(isAnyName, form)].load(std::memory_order_acquire) != 0;
     }
 
-    void lookUpSuffixes() {
-        if (!hasEntries(true, DomainForm::suffix) && !hasEntries(false, DomainForm::suffix)) return;
+    // All lookups are on their way to memory before the first is looked at.
+    void collectLookups() {
         const std::string_view domain = _domain.text();
-        for (size_t dot = domain.find('.'); dot != std::string_view::npos; dot = domain.find('.', dot + 1)) {
-            lookUp(DomainForm::suffix, dot + 1);
-        }
+        collect(DomainForm::any, domain.size());
+        if (_domain.isBracketed()) collect(DomainForm::bracket, domain.size());
+        collect(DomainForm::literal, 0);
+        if (!hasEntries(true, DomainForm::suffix) && !hasEntries(false, DomainForm::suffix)) return;
+        for (size_t dot = domain.find('.'); dot != std::string_view::npos; dot = domain.find('.', dot + 1))
+            collect(DomainForm::suffix, dot + 1);
     }
 
-    // Looks for entries whose domain has the form `form` and, where the form has a text, the address's domain from
-    // `begin` on.
-    void lookUp(DomainForm form, size_t begin) {
+    void collect(DomainForm form, size_t begin) {
         const bool hasAnyName = hasEntries(true, form);
         const bool hasName = hasEntries(false, form);
-        if (isDone() || (!hasAnyName && !hasName)) return;
+        if (!hasAnyName && !hasName) return;
         const uint64_t domainHash = _domain.hashFrom(begin);
-        if (hasAnyName) lookUp(true, form, emptyHash(), domainHash, begin);
-        if (hasName) lookUp(false, form, nameHash(), domainHash, begin);
+        if (hasAnyName)
+            collect(true, form, begin, formHash(PatternForm::numberOf(true, form), emptyHash(), domainHash));
+        if (hasName) collect(false, form, begin, formHash(PatternForm::numberOf(false, form), nameHash(), domainHash));
     }
 
-    void lookUp(bool isAnyName, DomainForm form, uint64_t nameHash, uint64_t domainHash, size_t begin) {
-        const uint64_t hash = formHash(PatternForm::numberOf(isAnyName, form), nameHash, domainHash);
-        const std::string_view wanted = _domain.text().substr(begin);
-        _index._entries.find(hash, [&](uint32_t reference) {
+    void collect(bool isAnyName, DomainForm form, size_t begin, uint64_t hash) {
+        _index._entries.prefetch(hash);
+        _lookups[_lookupCount++] = {hash, begin, form, isAnyName};
+    }
+
+    void lookUp(const Lookup& lookup) {
+        const std::string_view wanted = _domain.text().substr(lookup.begin);
+        _index._entries.find(lookup.hash, [&](uint32_t reference) {
             const ZxPolCondWildcardPattern pattern(_index._texts.text(reference).data());
             const PatternForm entry(pattern);
-            if (entry.isAnyName != isAnyName || entry.domainForm != form || !isSame(entry.domain, wanted)) return false;
-            if (!isAnyName && !isSame(entry.name, _name.text())) return false;
+            if (entry.isAnyName != lookup.isAnyName || entry.domainForm != lookup.form) return false;
+            if (!isSame(entry.domain, wanted)) return false;
+            if (!lookup.isAnyName && !isSame(entry.name, _name.text())) return false;
             take(reference, pattern);
             return true;
         });
@@ -126,6 +146,8 @@ private:
     const ZxPolCondWildcardPattern _address;
     const SubjectPart _name;
     const SubjectPart _domain;
+    std::array<Lookup, maxLookups> _lookups;
+    size_t _lookupCount = 0;
     uint64_t _nameHash = 0;
     bool _hasNameHash = false;
     uint32_t _found = none;
@@ -133,6 +155,7 @@ private:
 };
 
 uint32_t WildcardIndex::findMatch(const char* address, uint32_t* weight, ZxPolMatchWeightType kind) const {
+    if (_count.load(std::memory_order_acquire) == 0) return none;
     Search search(*this, address, weight != nullptr, kind);
     search.run();
     if (weight != nullptr) *weight = search.weight();

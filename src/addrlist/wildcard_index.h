@@ -55,6 +55,7 @@ private:
     RefList _unusual;
     std::array<std::atomic<uint32_t>, PatternForm::count> _counts{};  // of entries by form
     std::atomic<uint32_t> _unusualCount{0};
+    std::atomic<uint32_t> _count{0};  // of all entries
 };
 
 }  // namespace zxpol
