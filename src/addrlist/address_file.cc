@@ -10,7 +10,7 @@ namespace zxpol {
 
 namespace {
 
-constexpr size_t kReadAhead = 64 * 1024;
+constexpr size_t kReadAhead = size_t{64} << 10;
 
 bool isOneOf(int c, const char* characters) {
     return c > 0 && std::strchr(characters, c) != nullptr;

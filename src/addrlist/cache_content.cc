@@ -13,7 +13,7 @@ constexpr TextArena::Mark kHasQuotes = TextArena::markA;
 constexpr TextArena::Mark kIsWildcard = TextArena::markB;
 
 // Fewer bytes of removed texts are not worth the work of copying the others.
-constexpr uint64_t kWorthCopying = 64 * 1024;
+constexpr uint64_t kWorthCopying = uint64_t{64} << 10;
 
 // Makes room for one more item without giving up that a vector grows by factors.
 void makeRoomFor(CacheContent::Items& items) {

@@ -15,8 +15,20 @@ using namespace zxpol;
 
 namespace {
 
-// A list that changes each time that it has been read is taken as it is in the end, for this object alone.
-constexpr int kReadAttempts = 8;
+// Up to an address that is too long to be one.
+void insertAll(const ZxPolAddrSubList& subList, ZxPolAddrCache& cache) {
+    constexpr uint32_t ahead = 8;
+    for (uint32_t position = 0; position < subList.count(); ++position) {
+        const char* address = subList.at(position);
+        if (strnlen(address, ZxPolNormalAddrList::kAddressSize) == ZxPolNormalAddrList::kAddressSize) return;
+        if (position + ahead < subList.count()) {
+            const char* coming = subList.at(position + ahead);
+            cache.prefetch(coming, ZxPolAddrCache::listOf(coming));
+        }
+        int result = ZXPOL_S_OK;
+        cache.insertAddress(address, ZxPolAddrCache::listOf(address), &result);
+    }
+}
 
 }  // namespace
 
@@ -43,36 +55,41 @@ ZxPolNormalAddrList::~ZxPolNormalAddrList() = default;
 // Takes part in the cache that mirrors the list as it is in the store, and makes it when there is none. On failure the
 // object keeps the cache that it had.
 void ZxPolNormalAddrList::_joinCache(int* error) {
-    const WriteLock lock(gmRWLock);
-    const CacheList::Shared before = _cache;
-    try {
-        if (_findOrFillCache(error)) return;
-    } catch (...) {
-        _cache = before;
-        throw;
-    }
-    _cache = before;
+    CacheList::Shared torn;
+    if (_tryToJoin(torn, error) || failed(*error)) return;
+    // Another process wrote while the list was read, and half of that may be in the cache: now it has to wait.
+    Update update(_listKey(), error);
+    if (!update || _tryToJoin(torn, error) || failed(*error)) return;
+    // In a store without updates nobody can be made to wait. What was read is for this object alone.
+    _cache = torn;
 }
 
-bool ZxPolNormalAddrList::_findOrFillCache(int* error) {
-    KeyState state = stateOf(_listKey(), error);
-    for (int attempt = 1; succeeded(*error); ++attempt) {
-        _cache = gmAddrCacheMap.find(_name, state);
-        if (_cache != nullptr) return true;
-        _cache = std::make_shared<ListCache>(state);
-        _cacheAllAddresses(error);
+// False, with success, when the list has changed while it was read, into `torn`.
+bool ZxPolNormalAddrList::_tryToJoin(CacheList::Shared& torn, int* error) {
+    const WriteLock lock(gmRWLock);
+    const KeyState state = stateOf(_listKey(), error);
+    if (failed(*error)) return false;
+    CacheList::Shared cache = gmAddrCacheMap.find(_name, state);
+    if (cache == nullptr) {
+        cache = std::make_shared<ListCache>(state);
+        _fill(cache->addresses, error);
+        const KeyState now = succeeded(*error) ? stateOf(_listKey(), error) : state;
         if (failed(*error)) return false;
-        state = stateOf(_listKey(), error);
-        // What another process changed while the list was read may be half in the cache.
-        const bool isWhole = succeeded(*error) && _cache->mirrors(state);
-        if (isWhole) gmAddrCacheMap.put(_name, state, _cache);
-        if (isWhole || attempt == kReadAttempts) return succeeded(*error);
+        if (!cache->mirrors(now)) {
+            torn = cache;
+            return false;
+        }
+        gmAddrCacheMap.put(_name, state, cache);
     }
-    return false;
+    _cache = cache;
+    return true;
 }
 
 void ZxPolNormalAddrList::_cacheAllAddresses(int* error) {
-    if (error == nullptr) return;
+    if (error != nullptr && _cache != nullptr) _fill(_cache->addresses, error);
+}
+
+void ZxPolNormalAddrList::_fill(ZxPolAddrCache& cache, int* error) const {
     ZxPolMultiValue names(_listKey(), kAddressValue);
     char name[kNameSize];
     for (uint32_t index = 0;; ++index) {
@@ -81,25 +98,10 @@ void ZxPolNormalAddrList::_cacheAllAddresses(int* error) {
         if (failed(*error)) break;
         const ZxPolAddrSubList subList(_listKey(), name, error);
         if (failed(*error)) return;
-        _cacheSubList(subList);
+        insertAll(subList, cache);
     }
     // A list that could not be read to its end is not taken for the whole of it.
     if (isEnd(*error)) *error = names.result();
-}
-
-// Up to an address that is too long to be one.
-void ZxPolNormalAddrList::_cacheSubList(const ZxPolAddrSubList& subList) {
-    constexpr uint32_t ahead = 8;
-    for (uint32_t position = 0; position < subList.count(); ++position) {
-        const char* address = subList.at(position);
-        if (strnlen(address, kAddressSize) == kAddressSize) return;
-        if (position + ahead < subList.count()) {
-            const char* coming = subList.at(position + ahead);
-            _cache->addresses.prefetch(coming, ZxPolAddrCache::listOf(coming));
-        }
-        int result = ZXPOL_S_OK;
-        _cache->addresses.insertAddress(address, ZxPolAddrCache::listOf(address), &result);
-    }
 }
 
 void ZxPolNormalAddrList::clearAddrCacheByName(const char* name, int* /*error*/) {

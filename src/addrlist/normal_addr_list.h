@@ -115,7 +115,7 @@ public:
     // Whether an address may be stored: a valid condition pattern of at most 511 characters.
     static bool _isAddressValid(const char* address);
 
-    // Fills the cache, which is new, from the store. The caller holds gmRWLock for writing.
+    // Inserts the addresses that the store holds into the cache.
     void _cacheAllAddresses(int* error);
 
     // Forgets the sub-lists that were loaded for a change.
@@ -130,8 +130,8 @@ public:
 
 private:
     void _joinCache(int* error);
-    bool _findOrFillCache(int* error);
-    void _cacheSubList(const ZxPolAddrSubList& subList);
+    bool _tryToJoin(zxpol::CacheList::Shared& torn, int* error);
+    void _fill(ZxPolAddrCache& cache, int* error) const;
     void _change(int* error, const std::function<bool()>& body);
     void _joinChangedList(int* error);
     void _leaveLostCache();

@@ -71,7 +71,7 @@ private:
         bool isAnyName;
     };
     // Two names, and four forms of which one is a suffix behind each dot.
-    static constexpr size_t maxLookups = 2 * (3 + ZxPolWildcardPattern::maxSegments);
+    static constexpr size_t maxLookups = 2 * (size_t{3} + ZxPolWildcardPattern::maxSegments);
 
     bool isDone() const { return _found != none && !_wantsWeight; }
     bool hasEntries(bool isAnyName, DomainForm form) const {
