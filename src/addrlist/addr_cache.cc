@@ -41,15 +41,15 @@ ZxPolAddrCache::ListType ZxPolAddrCache::listOf(const char* address) {
 // ---- finding and matching: without a lock --------------------------------------------------------
 
 bool ZxPolAddrCache::findAddress(const char* address, ListType type) const {
-    if (address == nullptr) return false;
-    const FoldedKey key(address);
+    return address != nullptr && findAddress(FoldedKey(address), type);
+}
+
+bool ZxPolAddrCache::findAddress(const FoldedKey& key, ListType type) const {
     const ReaderGate::Pass pass(_gate);
     return _published().find(key, kindOf(type)) != CacheContent::none;
 }
 
-void ZxPolAddrCache::prefetch(const char* address, ListType type) const {
-    if (address == nullptr) return;
-    const FoldedKey key(address);
+void ZxPolAddrCache::prefetch(const FoldedKey& key, ListType type) const {
     const ReaderGate::Pass pass(_gate);
     _published().prefetch(key, kindOf(type));
 }
@@ -84,8 +84,10 @@ std::string ZxPolAddrCache::findMatch(const char* address, ListType type, ZxPolM
 void ZxPolAddrCache::insertAddress(const char* address, ListType type, int* error) {
     if (error == nullptr) return;
     *error = ZXPOL_S_OK;
-    if (address == nullptr) return;
-    const FoldedKey key(address);
+    if (address != nullptr) insertAddress(address, FoldedKey(address), type);
+}
+
+void ZxPolAddrCache::insertAddress(const char* address, const FoldedKey& key, ListType type) {
     const WriteLock lock(_lock);
     CacheContent& content = *_content.load(std::memory_order_relaxed);
     if (content.find(key, kindOf(type)) == CacheContent::none) content.add(address, key, kindOf(type));

@@ -14,7 +14,8 @@
 
 namespace zxpol {
 class CacheContent;
-}
+class FoldedKey;
+}  // namespace zxpol
 
 // One address of a cache: its text exactly as it was inserted, and its place in the user order.
 struct ZXPOL_API _ZxPolAddrCacheItem {
@@ -74,8 +75,11 @@ public:
     // Whether the list has an entry of the same key.
     bool findAddress(const char* address, ListType type) const;
 
-    // Has the processor fetch what finding the address will look at, for callers with a row of addresses to come.
-    void prefetch(const char* address, ListType type) const;
+    // The same for callers with a row of addresses to come, who make the keys beforehand, once: `prefetch` has the
+    // processor fetch what the others will look at. `key` is the key of `address`.
+    void prefetch(const zxpol::FoldedKey& key, ListType type) const;
+    bool findAddress(const zxpol::FoldedKey& key, ListType type) const;
+    void insertAddress(const char* address, const zxpol::FoldedKey& key, ListType type);
 
     // Whether an entry of the list matches `address`: in the exact list one of the same key, which weighs the most that
     // there is; in the wildcard list any whose pattern matches. *weight, where it is not null, is raised to the largest

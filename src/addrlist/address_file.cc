@@ -1,5 +1,6 @@
 #include "addrlist/address_file.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -9,8 +10,6 @@
 namespace zxpol {
 
 namespace {
-
-constexpr size_t kReadAhead = size_t{64} << 10;
 
 bool isOneOf(int c, const char* characters) {
     return c > 0 && std::strchr(characters, c) != nullptr;
@@ -31,15 +30,23 @@ bool isCut(const char* text, size_t length) {
 }  // namespace
 
 AddressFile::AddressFile(const char* path, Format format)
-    : _format(format), _file(std::fopen(path, "re")), _result(ZXPOL_S_OK) {
-    if (_file != nullptr) std::setvbuf(_file.get(), nullptr, _IOFBF, kReadAhead);
+    : _format(format), _file(std::fopen(path, "re")), _result(ZXPOL_S_OK) {}
+
+// Reads on when everything has been taken. False at the end of the file; a failure is noted.
+bool AddressFile::refill() {
+    if (_position != _end) return true;
+    const size_t size = std::fread(_buffer.data(), 1, _buffer.size(), _file.get());
+    _position = _buffer.data();
+    _end = _position + size;
+    if (size == 0 && std::ferror(_file.get()) != 0) _result = ZXPOL_E_FILE_READ;
+    return size != 0;
 }
 
-// The next character, or EOF; a failure is noted.
+// The next character, or EOF.
 int AddressFile::get() {
-    const int c = getc_unlocked(_file.get());
+    if (!refill()) return EOF;
+    const auto c = static_cast<unsigned char>(*_position++);
     if (c == '\n') ++_line;
-    if (c == EOF && std::ferror(_file.get()) != 0) _result = ZXPOL_E_FILE_READ;
     return c;
 }
 
@@ -81,18 +88,24 @@ bool AddressFile::next(char* address) {
 // Reads a line, whose first character is known, with its newline. Of a carriage return before it nothing is kept. The
 // character at which a long line is cut is lost.
 bool AddressFile::readLine(char* text, size_t& length) {
-    int c = _next;
-    for (length = 0; length < maxLine && c != EOF;) {
-        text[length++] = static_cast<char>(c);
-        c = get();
-        if (_result != ZXPOL_S_OK) return false;
-        if (c != '\n') continue;
-        if (text[length - 1] == '\r') --length;
-        text[length++] = '\n';
+    text[0] = static_cast<char>(_next);
+    length = 1;
+    while (refill()) {
+        const size_t most = std::min(maxLine - length, static_cast<size_t>(_end - _position));
+        const auto* newline = static_cast<const char*>(std::memchr(_position, '\n', most));
+        const size_t size = newline != nullptr ? static_cast<size_t>(newline - _position) : most;
+        std::memcpy(text + length, _position, size);
+        _position += size;
+        length += size;
+        if (newline == nullptr && length < maxLine) continue;
+        if (get() == '\n') {
+            if (text[length - 1] == '\r') --length;
+            text[length++] = '\n';
+        }
         break;
     }
     text[length] = '\0';
-    return true;
+    return _result == ZXPOL_S_OK;
 }
 
 // Leaves only the value of an attribute that holds addresses in `text`. False when it is another line.

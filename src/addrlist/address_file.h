@@ -1,6 +1,7 @@
 // AddressFile: the addresses in a text file, one by one.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -45,6 +46,7 @@ private:
     };
 
     int get();
+    bool refill();
     int skip(const char* characters);
     bool readLine(char* text, size_t& length);
     bool takeValue(char* text, size_t& length);
@@ -53,6 +55,9 @@ private:
 
     const Format _format;
     const std::unique_ptr<std::FILE, Close> _file;
+    std::array<char, size_t{64} << 10> _buffer;
+    const char* _position = _buffer.data();  // of the next character, up to `_end`
+    const char* _end = _buffer.data();
     int _next = 0;  // the character behind the ones that were taken, while `_hasNext`
     bool _hasNext = false;
     uint64_t _line = 1;

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "addrlist/coming_keys.h"
 #include "addrlist/lock_guards.h"
 #include "pattern/priority.h"
 #include "store/multi_value.h"
@@ -17,16 +18,13 @@ namespace {
 
 // Up to an address that is too long to be one.
 void insertAll(const ZxPolAddrSubList& subList, ZxPolAddrCache& cache) {
-    constexpr uint32_t ahead = 8;
-    for (uint32_t position = 0; position < subList.count(); ++position) {
-        const char* address = subList.at(position);
+    ComingKeys keys(cache);
+    const auto addressAt = [&](size_t index) {
+        return index < subList.count() ? subList.at(static_cast<uint32_t>(index)) : nullptr;
+    };
+    for (size_t index = 0; const char* address = addressAt(index); ++index) {
         if (strnlen(address, ZxPolNormalAddrList::kAddressSize) == ZxPolNormalAddrList::kAddressSize) return;
-        if (position + ahead < subList.count()) {
-            const char* coming = subList.at(position + ahead);
-            cache.prefetch(coming, ZxPolAddrCache::listOf(coming));
-        }
-        int result = ZXPOL_S_OK;
-        cache.insertAddress(address, ZxPolAddrCache::listOf(address), &result);
+        cache.insertAddress(address, keys.keyOf(index, addressAt), ZxPolAddrCache::listOf(address));
     }
 }
 

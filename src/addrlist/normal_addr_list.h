@@ -137,7 +137,7 @@ private:
     void _leaveLostCache();
 
     void _insert(const char** addresses, int* error);
-    void _insertValid(const char* address, int* error);
+    void _append(const char* address, int* error);
     void _loadTail(int* error);
     void _keepTail();
     void _forgetTail();
@@ -164,6 +164,7 @@ private:
     std::vector<std::unique_ptr<ZxPolAddrSubList>> _subLists;
     // What the last insertion knew of the list, which is still so while the list has this stamp.
     std::unique_ptr<ZxPolMultiValue> _names;
+    bool _hasNameGaps = false;  // when they were read
     uint64_t _knownStamp = 0;
     ZxPolInsertWatch* _watch = nullptr;
     const uint64_t* _lines = nullptr;  // of the addresses that are imported

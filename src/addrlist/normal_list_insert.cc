@@ -1,6 +1,7 @@
 // ZxPolNormalAddrList: inserting addresses.
 #include <cstring>
 
+#include "addrlist/coming_keys.h"
 #include "addrlist/normal_addr_list.h"
 #include "frame/reg_debug.h"
 #include "pattern/cond_wildcard_pattern.h"
@@ -30,24 +31,24 @@ void ZxPolNormalAddrList::insertAddresses(const char** addresses, int* error) {
 }
 
 void ZxPolNormalAddrList::_insert(const char** addresses, int* error) {
-    constexpr size_t ahead = 8;
     _keepTail();
+    ComingKeys keys(_cache->addresses);
+    const auto addressAt = [addresses](size_t index) { return addresses[index]; };
     bool hasInvalid = false;
-    size_t fetched = 0;
-    for (size_t index = 0; addresses[index] != nullptr; ++index) {
-        for (; fetched < index + ahead && addresses[fetched] != nullptr; ++fetched)
-            _cache->addresses.prefetch(addresses[fetched], ZxPolAddrCache::listOf(addresses[fetched]));
-        const char* address = addresses[index];
+    for (size_t index = 0; const char* address = addresses[index]; ++index) {
+        const FoldedKey& key = keys.keyOf(index, addressAt);
+        const ZxPolAddrCache::ListType type = ZxPolAddrCache::listOf(address);
         if (!_isAddressValid(address)) {
             ZXPOL_DEBUG(3, "Address '%s' is not valid. Skip!", address);
             _tell(index, address, Fate::invalid);
             hasInvalid = true;
-        } else if (_cache->addresses.findAddress(address, ZxPolAddrCache::listOf(address))) {
+        } else if (_cache->addresses.findAddress(key, type)) {
             ZXPOL_DEBUG(3, "Address '%s' already exist", address);
             _tell(index, address, Fate::present);
         } else {
-            _insertValid(address, error);
+            _append(address, error);
             if (failed(*error)) return _forgetTail();
+            _cache->addresses.insertAddress(address, key, type);
             _tell(index, address, Fate::stored);
         }
     }
@@ -62,9 +63,9 @@ void ZxPolNormalAddrList::_tellFailure(size_t index, int result) const {
     if (_watch != nullptr) _watch->onFailure(_lines != nullptr ? _lines[index] : index, result);
 }
 
-// Adds an address that the list does not hold to the last value, or to a new one behind it. The names are read for the
-// first address that needs them.
-void ZxPolNormalAddrList::_insertValid(const char* address, int* error) {
+// Adds an address to the last value, or to a new one behind it, and writes that. The names are read for the first
+// address that needs them.
+void ZxPolNormalAddrList::_append(const char* address, int* error) {
     *error = ZXPOL_S_OK;
     if (_names == nullptr) _loadTail(error);
     const size_t size = std::strlen(address) + 1;
@@ -74,7 +75,6 @@ void ZxPolNormalAddrList::_insertValid(const char* address, int* error) {
     ZxPolAddrSubList& tail = *_subLists.back();
     tail.insert(address, error);
     tail.flush(_listKey(), error);
-    if (succeeded(*error)) _cache->addresses.insertAddress(address, ZxPolAddrCache::listOf(address), error);
 }
 
 // Reads the names and loads the last value.
@@ -82,16 +82,19 @@ void ZxPolNormalAddrList::_loadTail(int* error) {
     _refreshSubListCache();
     _names = std::make_unique<ZxPolMultiValue>(_listKey(), kAddressValue);
     *error = _names->result();
+    _hasNameGaps = false;
     if (failed(*error) || _names->count() == 0) return;
     char name[kNameSize];
     uint32_t size = sizeof name;
     _names->enumValueName(_names->count() - 1, name, &size, error);
+    _hasNameGaps = name != kAddressValue + std::to_string(_names->count());
     if (succeeded(*error)) _loadSubList(name, error);
 }
 
-// Of the sub-lists of the last insertion only the tail is of use to the next one.
+// Of the sub-lists of the last insertion only the tail is of use to the next one. Where numbers are missing, a value
+// that was begun may not be the last one.
 void ZxPolNormalAddrList::_keepTail() {
-    if (_names == nullptr || _subLists.empty()) return _forgetTail();
+    if (_names == nullptr || _subLists.empty() || _hasNameGaps) return _forgetTail();
     _subLists.erase(_subLists.begin(), _subLists.end() - 1);
 }
 

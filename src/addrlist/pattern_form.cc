@@ -39,8 +39,10 @@ PatternForm::PatternForm(const ZxPolCondWildcardPattern& pattern) : name(pattern
     const std::string_view whole = pattern.getDomain();
     isAnyName = name == "*";
     if (isAnyName) name = {};
-    if (pattern.isSingleWildcard() || whole == "*") return;
-    if (whole == "[*]") {
+    if (pattern.isSingleWildcard()) return;
+    if (whole == "*") {
+        domainForm = DomainForm::any;
+    } else if (whole == "[*]") {
         domainForm = DomainForm::bracket;
     } else if (whole.substr(0, 2) == "*.") {
         domainForm = DomainForm::suffix;
@@ -51,7 +53,9 @@ PatternForm::PatternForm(const ZxPolCondWildcardPattern& pattern) : name(pattern
     }
     // The dot of a suffix counts for where its blanks are.
     const std::string_view rest = domainForm == DomainForm::suffix ? whole.substr(1) : domain;
-    isUnusual = !isLiteral(name) || !isLiteral(rest);
+    // What is empty matches the empty text alone, of which the blanks count.
+    const bool hasEmptyHalf = (name.empty() && !isAnyName) || whole.empty();
+    isUnusual = hasEmptyHalf || !isLiteral(name) || !isLiteral(rest);
 }
 
 uint64_t PatternForm::hash() const {

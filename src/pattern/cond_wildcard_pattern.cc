@@ -29,6 +29,38 @@ bool isDomainAllowed(const char* domain) {
     return leadingLabel || equals(domain, "[*]");
 }
 
+// Marks the characters of atoms but the star, and the dot between them.
+class PlainCharacters {
+public:
+    PlainCharacters() {
+        for (int c = 1; c < 0x80; ++c) {
+            const char text[] = {static_cast<char>(c), '\0'};
+            _isPlain[c] =
+                c == '.' || (c != '*' && ZxPolRfc2822Checker::_isAllCharLegal(text, ZxPolRfc2822Checker::atext));
+        }
+    }
+
+    // The end of the plain characters from `s` on.
+    const char* skip(const char* s) const {
+        while (_isPlain[static_cast<unsigned char>(*s)])
+            ++s;
+        return s;
+    }
+
+private:
+    bool _isPlain[256] = {};
+};
+
+// Whether `s` is atoms with dots between them on both sides of an "@", and has no wildcard: what addresses nearly
+// always are. False says nothing.
+bool isPlainAddress(const char* s) {
+    static const PlainCharacters plain;
+    const char* at = plain.skip(s);
+    if (*at != '@' || at == s || *s == '.') return false;
+    const char* end = plain.skip(at + 1);
+    return *end == '\0' && end != at + 1 && at[1] != '.';
+}
+
 bool matchPart(const char* pattern, const char* separators, const char* subject) {
     if (subject == nullptr) return false;
     const zxpol::QuickAnswer quick = zxpol::quickMatch(pattern, subject);
@@ -114,6 +146,7 @@ bool ZxPolCondWildcardPattern::_matchDomain(const char* domain) const {
 
 bool ZxPolCondWildcardPattern::isPatternValid(const char* pattern) {
     if (pattern == nullptr) return false;
+    if (isPlainAddress(pattern)) return true;
     if (isSingleWildcard(pattern)) return true;
     if (!ZxPolRfc2822Checker::checkFormatValidity(pattern)) return false;
     const ZxPolCondWildcardPattern parsed(pattern);
