@@ -16,8 +16,12 @@ using CommandLineTest = ToolTest;
 }  // namespace
 
 TEST_F(CommandLineTest, HelpAndVersionSucceed) {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"--help"}, {"apply", "--help"}, {"dump", "--help"}, {"match", "--help"}}) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
+                                                      {"apply", "--help"},
+                                                      {"dump", "--help"},
+                                                      {"match", "--help"},
+                                                      {"list", "--help"},
+                                                      {"list", "import", "--help"}}) {
         const Outcome outcome = runPlain(arguments);
         EXPECT_EQ(outcome.status, 0);
         EXPECT_THAT(outcome.out, HasSubstr("--help"));
@@ -43,7 +47,17 @@ TEST_F(CommandLineTest, WrongUsageExitsWith2AndSaysItInOneLine) {
           {"match", "--sender", "a@b", "--receiver", "c@d", "--envelopes", "x"},
           {"match", "--best", "--priority", "both", "--envelopes", "x"},
           {"match", "--priority", "total", "--envelopes", "x"},
-          {"match", "--weight", "name", "--envelopes", "x"}}) {
+          {"match", "--weight", "name", "--envelopes", "x"},
+          {"apply", "--format", "json", "--json", "-"},
+          {"list", "frobnicate"},
+          {"list", "show", "A", "B"},
+          {"list", "show", "A", "--order", "decending"},
+          {"list", "check", "A"},
+          {"list", "add", "A"},
+          {"list", "remove"},
+          {"list", "import", "A"},
+          {"list", "import", "A", "-", "--format", "json"},
+          {"list", "export"}}) {
         const Outcome outcome = runPlain(arguments);
         EXPECT_EQ(outcome.status, 2) << testing::PrintToString(arguments);
         EXPECT_EQ(outcome.out, "");

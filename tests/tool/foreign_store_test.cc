@@ -51,16 +51,41 @@ std::function<void(_ZxPolComHandle*, int*)> withoutKey(const char* name) {
 const char* const kA = "Rule\\Mail\\rules\\A";
 const char* const kTask = "Rule\\Mail\\tasks\\t";
 const char* const kList = "AddressList\\L";
+const char* const kNormal = "AddressList\\N";
+
+// Texts as a store has them, but for the last NUL.
+std::string manyAddresses(int count) {
+    std::string texts;
+    for (int i = 0; i < count; ++i)
+        texts.append("a" + std::to_string(i) + "@b").append(1, '\0');
+    return texts;
+}
 
 const std::vector<Foreign>& foreigners() {
     static const std::vector<Foreign> kAll{
-        {"NormalList", kList, number("type", 0), "address list \"L\" keeps its addresses in the store"},
         {"ListOfUnknownType", kList, number("type", 2), "address list \"L\" is of type 2"},
         {"ListWithoutType", kList, withoutValue("type"), "address list \"L\" lacks its value \"type\""},
         {"ListWithPortAsText", kList, text("port", "389"), "a value \"port\" that is of the wrong type"},
         {"ListWithMore", kList, text("extra", "x"), "a value \"extra\" that is no part of a policy"},
         {"ListWithKey", kList, subkey("extra"), "a key \"extra\" that is no part of a policy"},
         {"EmptyListKey", "AddressList", subkey("M"), "address list \"M\" lacks its value"},
+        {"NormalListWithMore", kNormal, text("extra", "x"), "a value \"extra\" that is no part of a policy"},
+        {"NormalListWithoutComment", kNormal, withoutValue("comment"),
+         "address list \"N\" lacks its value \"comment\""},
+        {"NormalListWithKey", kNormal, subkey("extra"), "address list \"N\" has a key \"extra\""},
+        {"AddressesAsText", kNormal, text("address1", "a@b"), "a value \"address1\" that is of the wrong type"},
+        {"AddressesUnended", kNormal, text("address1", "a@b", ZXREG_MULTI_STRING),
+         "\"address1\" that is no list of texts"},
+        {"AddressesBehindTheEnd", kNormal, text("address1", std::string("a@b\0\0c@d\0", 9), ZXREG_MULTI_STRING),
+         "\"address1\" that is no list of texts"},
+        {"AddressesTooLong", kNormal, text("address1", manyAddresses(400), ZXREG_MULTI_STRING),
+         "longer than 2048 bytes"},
+        {"AddressInvalid", kNormal, text("address1", std::string("jo*@b\0", 6), ZXREG_MULTI_STRING),
+         "address list \"N\" holds \"jo*@b\", which is no address"},
+        {"AddressSteersTerminal", kNormal, text("address1", std::string("\x1b[2J\0", 5), ZXREG_MULTI_STRING),
+         "holds \"\\x1B[2J\", which is no address"},
+        {"AddressTwice", kNormal, text("address2", std::string("\"A\"@B\0", 6), ZXREG_MULTI_STRING),
+         "holds \"\\\"A\\\"@B\", which stands twice"},
         {"ListInOtherCase", "",
          [](_ZxPolComHandle* key, int* result) {
              const ListHiveHandle hive(zxpol_openAddrListHive(key, result));
@@ -122,7 +147,7 @@ class ForeignStore : public ToolTest, public testing::WithParamInterface<Foreign
 }  // namespace
 
 TEST_P(ForeignStore, IsNamedAndNeitherDumpedInPartNorChanged) {
-    apply("zxpolicy: 1\nlists: [{name: L, type: directory}]\n" +
+    apply("zxpolicy: 1\nlists: [{name: L, type: directory}, {name: N, addresses: [a@b]}]\n" +
           policyWithRoot("  tasks: [{name: t, setting: {level: 1}}]\n"
                          "  rules: [{name: A, inactive: ['\\t'], conditions: [{sender: a@b.c, receiver: \"*\"}]}]\n")
               .substr(12));

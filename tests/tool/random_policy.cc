@@ -4,6 +4,7 @@
 #include <array>
 #include <set>
 
+#include "address_text.h"
 #include "policy_check.h"
 #include "text.h"
 
@@ -163,23 +164,56 @@ Rule RandomPolicy::rule(const std::string& path, int depth) {
     return made;
 }
 
+// An address, which may be invalid.
+std::string RandomPolicy::listAddress() {
+    constexpr std::array kDomains{"@b.example", "@*.b.example", "@*", "@[10.0.0.1]", "@[*]", "@x", "@C.Example"};
+    const std::string domain = kDomains[upTo(kDomains.size() - 1)];
+    switch (upTo(4)) {
+        case 0:
+            return "*" + domain;
+        case 1:
+            return "\"" + text(40) + "\"" + domain;
+        case 2:
+            return "\"\\" + text(40) + "\"." + text(10) + domain;
+        case 3:
+            return text(30) + domain;
+        default:
+            return "Name" + std::to_string(upTo(999)) + domain;
+    }
+}
+
+AddressList RandomPolicy::list() {
+    if (upTo(1) == 0) {
+        NormalList list{text(255), text(511), std::vector<std::string>()};
+        AddressKeys used;
+        for (size_t count = upTo(1) == 0 ? upTo(3) : upTo(300); count > 0; --count) {
+            const std::string address = listAddress();
+            if (addressFault(address).empty() && used.insert(addressKey(address)).second)
+                list.addresses->push_back(address);
+        }
+        return list;
+    }
+    DirectoryList list;
+    list.displayName = text(255);
+    list.comment = text(511);
+    list.server = text(255);
+    list.port = static_cast<uint32_t>(_random());
+    list.searchroot = text(255);
+    list.authentication = static_cast<uint32_t>(upTo(3));
+    list.schematype = static_cast<uint32_t>(upTo(3));
+    list.username = text(255);
+    if (upTo(1) == 0) list.password = text(39);
+    list.filter = text(1023);
+    return list;
+}
+
 Policy RandomPolicy::make() {
     Policy policy;
     std::set<std::string> used;
     for (size_t count = upTo(2); count > 0; --count) {
         const std::string own = name(255);
         if (!used.insert(lowerCase(own)).second) continue;
-        DirectoryList& list = policy.lists[own];
-        list.displayName = text(255);
-        list.comment = text(511);
-        list.server = text(255);
-        list.port = static_cast<uint32_t>(_random());
-        list.searchroot = text(255);
-        list.authentication = static_cast<uint32_t>(upTo(3));
-        list.schematype = static_cast<uint32_t>(upTo(3));
-        list.username = text(255);
-        if (upTo(1) == 0) list.password = text(39);
-        list.filter = text(1023);
+        policy.lists[own] = list();
     }
     for (size_t count = upTo(3); count > 0; --count)
         policy.exclusiveFilters[static_cast<uint32_t>(_random())] =

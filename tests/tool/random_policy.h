@@ -19,6 +19,8 @@ private:
     std::string name(size_t most);
     std::string address();
     Task task(const std::string& name);
+    AddressList list();
+    std::string listAddress();
     void fillSetting(Setting& setting, const std::string& prefix, int depth);
     Rule rule(const std::string& path, int depth);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "addrlist/normal_addr_list.h"
 #include "apply_context.h"
 #include "policy_reader.h"
 #include "policy_store_reader.h"
@@ -15,8 +16,10 @@ namespace {
 
 // Passwords are unlocked only where the file names one to compare with.
 Secrets secretsFor(const Policy& policy) {
-    const bool hasPassword = std::any_of(policy.lists.begin(), policy.lists.end(),
-                                         [](const auto& entry) { return entry.second.password.has_value(); });
+    const bool hasPassword = std::any_of(policy.lists.begin(), policy.lists.end(), [](const auto& entry) {
+        const auto* directory = std::get_if<DirectoryList>(&entry.second);
+        return directory != nullptr && directory->password.has_value();
+    });
     return hasPassword ? Secrets::Read : Secrets::Leave;
 }
 
@@ -35,6 +38,10 @@ void applyAll(ApplyContext& context, const Policy& current, const Policy& wanted
 
 // Reads the store back: what it holds now must be what was wanted, and nothing else.
 void verify(const Store& store, const Policy& wanted, Secrets secrets) {
+    // The library answers for lists from memory; what counts is what can be read from the store again.
+    int ignored = ZXPOL_S_OK;
+    for (const auto& entry : wanted.lists)
+        ZxPolNormalAddrList::clearAddrCacheByName(entry.first.c_str(), &ignored);
     const StoredPolicy stored = readStoredPolicy(store, secrets);
     requireNoProblems(stored.problems, "the store " + oneLine(store.location()) + " did not take the policy");
     const std::string difference = firstDifference(stored.policy, wanted);

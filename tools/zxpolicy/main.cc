@@ -1,15 +1,14 @@
 // The command line of the policy: what it takes, and what it runs.
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstring>
 #include <exception>
-#include <functional>
 #include <iostream>
-#include <map>
 #include <memory>
+#include <optional>
 
 #include "apply.h"
+#include "command_words.h"
 #include "dump_command.h"
+#include "list_command_line.h"
 #include "match_command.h"
 #include "rule_tasks.h"
 #include "text.h"
@@ -24,28 +23,9 @@ constexpr const char* kStoreHelp = "The store: sqlite:PATH or memory:NAME";
 constexpr const char* kStatusHelp =
     "Exit status: 0 success, 1 the answer is no, 2 wrong usage, 3 the store or the policy failed.";
 
-const std::map<std::string, OutputFormat> kFormats{{"text", OutputFormat::Text}, {"json", OutputFormat::Json}};
-const std::map<std::string, ZxPolMatchPriorityType> kPriorities{{"total", ZXPOL_PRIORITY_TOTAL},
-                                                                {"sender", ZXPOL_PRIORITY_SENDER_FIRST},
-                                                                {"receiver", ZXPOL_PRIORITY_RECEIVER_FIRST}};
-const std::map<std::string, ZxPolMatchWeightType> kWeights{{"domain", ZXPOL_WEIGHT_DOMAIN_FIRST},
-                                                           {"name", ZXPOL_WEIGHT_NAME_FIRST}};
-
-// Adds an option that takes one of a few words.
-template <class Value>
-CLI::Option* addWord(CLI::App& command, const std::string& name, Value& value,
-                     const std::map<std::string, Value>& words, const std::string& help) {
-    std::string list;
-    for (const auto& [word, meaning] : words)
-        list += (list.empty() ? "" : "|") + word;
-    const auto set = [&value, &words, name, list](const std::string& text) {
-        const auto found = words.find(text);
-        if (found == words.end()) throw CLI::ValidationError(name, inQuotes(text) + " is not one of " + list);
-        value = found->second;
-    };
-    return command.add_option_function<std::string>(name, set, help)->type_name(list);
-}
-
+const Words<ZxPolMatchPriorityType> kPriorities{{"total", ZXPOL_PRIORITY_TOTAL},
+                                                {"sender", ZXPOL_PRIORITY_SENDER_FIRST},
+                                                {"receiver", ZXPOL_PRIORITY_RECEIVER_FIRST}};
 TaskLookup lookupTasks(const Store& store) {
     return [tasks = std::make_shared<const RuleTasks>(store)](const std::string& rulePath) {
         return tasks->namesOf(rulePath);
@@ -67,6 +47,7 @@ public:
         addApply();
         addDump();
         addMatch();
+        _lists.emplace(_app, _store, _command);
     }
 
     int run(int argc, char** argv) {
@@ -77,8 +58,7 @@ public:
         } catch (const CLI::ParseError& wrong) {
             throw UsageError(explain(wrong) + " (try --help)");
         }
-        _command();
-        return kSuccess;
+        return _command();
     }
 
 private:
@@ -86,7 +66,8 @@ private:
         const bool hasNoCommand = _app.get_subcommands().empty();
         const std::vector<std::string> unknown = _app.remaining();
         if (hasNoCommand && !unknown.empty()) return "there is no command or option " + inQuotes(unknown.front());
-        if (hasNoCommand && wrong.get_name() == "RequiredError") return "a command is needed: apply, dump or match";
+        if (hasNoCommand && wrong.get_name() == "RequiredError")
+            return "a command is needed: apply, dump, match or list";
         return oneLine(wrong.what());
     }
 
@@ -94,11 +75,12 @@ private:
         CLI::App& command = *_app.add_subcommand("apply", "Make the store hold exactly the policy in a file");
         command.add_option("FILE", _apply.file, "The policy file; - is standard input")->required();
         command.add_flag("--dry-run", _apply.isDryRun, "Say what would change, and change nothing");
-        addWord(command, "--format", _apply.format, kFormats, "How to report (default text)");
+        addReport(command, _apply.format);
         command.callback([this] {
             _command = [this] {
                 _apply.store = _store;
                 runApply(_apply, std::cout, std::cerr);
+                return kSuccess;
             };
         });
     }
@@ -110,6 +92,7 @@ private:
             _command = [this] {
                 _dump.store = _store;
                 runDump(_dump, std::cout);
+                return kSuccess;
             };
         });
     }
@@ -129,9 +112,10 @@ private:
         addWord(command, "--priority", _match.match.priority, kPriorities,
                 "What the best match compares (default total)")
             ->needs(best);
-        addWord(command, "--weight", _match.match.weight, kWeights, "What weighs more in a pattern (default domain)")
+        addWord(command, "--weight", _match.match.weight, weightWords(),
+                "What weighs more in a pattern (default domain)")
             ->needs(best);
-        addWord(command, "--format", _match.format, kFormats, "How to report (default text)");
+        addReport(command, _match.format);
         command.callback([this, sender, envelopes] {
             if (sender->count() == 0 && envelopes->count() == 0)
                 throw CLI::ValidationError("match needs --sender and --receiver, or --envelopes");
@@ -141,6 +125,7 @@ private:
             _command = [this] {
                 _match.store = _store;
                 runMatch(_match, std::cout);
+                return kSuccess;
             };
         });
     }
@@ -151,7 +136,8 @@ private:
     DumpOptions _dump;
     std::string _envelopes;
     MatchCommandOptions _match;
-    std::function<void()> _command;
+    ListCommandLine::Command _command;
+    std::optional<ListCommandLine> _lists;
 };
 
 // Runs the program; every failure becomes one line on standard error.

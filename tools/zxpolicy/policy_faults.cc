@@ -18,7 +18,9 @@ public:
         for (const auto& [name, list] : policy.lists) {
             const std::string where = "address list " + inQuotes(name, kMaxName);
             lookAtName(where, name, lists);
-            if (list.password) add(where + ": its password", textFault(*list.password, kMaxPassword));
+            const auto* directory = std::get_if<DirectoryList>(&list);
+            if (directory != nullptr && directory->password)
+                add(where + ": its password", textFault(*directory->password, kMaxPassword));
         }
         if (policy.root.conditions.empty()) add("rule \\", "has no conditions");
         lookAtRule(policy.root, "\\", 1);

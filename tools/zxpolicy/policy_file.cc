@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <tuple>
 
+#include "address_text.h"
+
 namespace tool {
 
 namespace {
@@ -12,9 +14,20 @@ auto plainFields(const DirectoryList& list) {
                     list.schematype, list.username, list.filter);
 }
 
-bool sameList(const DirectoryList& a, const DirectoryList& b) {
+bool same(const DirectoryList& a, const DirectoryList& b) {
     const bool bothHavePasswords = a.password && b.password;
     return plainFields(a) == plainFields(b) && (!bothHavePasswords || a.password == b.password);
+}
+
+bool same(const NormalList& a, const NormalList& b) {
+    const bool bothHaveAddresses = a.addresses && b.addresses;
+    return std::tie(a.displayName, a.comment) == std::tie(b.displayName, b.comment) &&
+           (!bothHaveAddresses || sameAddresses(*a.addresses, *b.addresses));
+}
+
+bool sameList(const AddressList& a, const AddressList& b) {
+    if (a.index() != b.index()) return false;
+    return std::visit([&](const auto& list) { return same(list, std::get<std::decay_t<decltype(list)>>(b)); }, a);
 }
 
 bool sameTask(const Task& a, const Task& b) {

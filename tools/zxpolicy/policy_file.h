@@ -76,14 +76,22 @@ struct DirectoryList {
     std::string username;
     std::optional<std::string> password;  // absent: not dumped, or to be left as it is
     std::string filter;
-    Place place;
 };
+
+// An address list whose addresses are in the store.
+struct NormalList {
+    std::string displayName;
+    std::string comment;
+    std::optional<std::vector<std::string>> addresses;  // in user order; absent: to be left as they are
+};
+
+using AddressList = std::variant<NormalList, DirectoryList>;
 
 // Which task of an exclusive filter type survives.
 enum class FilterPriority : uint32_t { Ascending = 0, Descending = 1 };
 
 struct Policy {
-    std::map<std::string, DirectoryList> lists;
+    std::map<std::string, AddressList> lists;
     std::map<uint32_t, FilterPriority> exclusiveFilters;
     Rule root;
 };
@@ -100,7 +108,8 @@ std::string childName(const std::string& rulePath, const std::string& name);
 std::vector<std::string> markedTasks(const Rule& rule);
 
 // What first differs between two policies, as a text such as "the tasks of rule \Sales"; empty when they are equal.
-// A password that one of them lacks counts as equal.
+// A password, or the addresses of a list, that one of them lacks count as equal, and so do addresses in another order
+// or spelling.
 std::string firstDifference(const Policy& a, const Policy& b);
 
 }  // namespace tool

@@ -5,14 +5,13 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 #include <memory>
 
+#include "list_reader.h"
 #include "policy_check.h"
 #include "rule_reader.h"
 #include "text.h"
 #include "tool_error.h"
-#include "unique_names.h"
 #include "yaml_fields.h"
 
 namespace tool {
@@ -20,51 +19,6 @@ namespace tool {
 namespace {
 
 constexpr uint32_t kFormat = 1;
-
-DirectoryList readList(const YamlReader& reader, const YamlNode& node, const YamlFields& fields) {
-    DirectoryList list;
-    list.place = node.place;
-    list.displayName = fields.text("displayName", kMaxName);
-    list.comment = fields.text("comment", kMaxComment);
-    list.server = fields.text("server", kMaxName);
-    list.port = fields.number("port");
-    list.searchroot = fields.text("searchroot", kMaxName);
-    list.authentication = fields.number("authentication");
-    list.schematype = fields.number("schematype");
-    list.username = fields.text("username", kMaxName);
-    if (const YamlNode* password = fields.find("password"))
-        list.password = reader.text(*password, "\"password\"", kMaxPassword);
-    list.filter = fields.text("filter", kMaxFilter);
-    return list;
-}
-
-// Lists kept in the store are known to the format, and refused by name.
-void refuseNormalList(const YamlReader& reader, const YamlNode& node, const YamlFields& fields) {
-    const YamlNode* addresses = fields.find("addresses");
-    if (addresses != nullptr)
-        reader.source().fail(addresses->place, "lists with \"addresses\" are not supported by this version");
-    const YamlNode* type = fields.find("type");
-    const std::string value = type == nullptr ? "normal" : reader.text(*type, "\"type\"", kMaxName);
-    if (value == "directory") return;
-    const Place& place = type == nullptr ? node.place : type->place;
-    if (value == "normal")
-        reader.source().fail(place, "lists of type normal are not supported by this version; only directory is");
-    reader.source().fail(place, "\"type\" of a list must be directory, not " + inQuotes(value));
-}
-
-void readLists(const YamlReader& reader, const YamlFields& top, Policy& policy) {
-    UniqueNames names(reader.source(), "list");
-    for (const YamlNode& node : top.items("lists")) {
-        const YamlFields fields(reader, node, "a list",
-                                {"name", "type", "addresses", "displayName", "comment", "server", "port", "searchroot",
-                                 "authentication", "schematype", "username", "password", "filter"});
-        const YamlNode& nameNode = fields.need("name");
-        const std::string name = reader.name(nameNode, "the name of a list");
-        names.add(name, nameNode.place);
-        refuseNormalList(reader, node, fields);
-        policy.lists.emplace(name, readList(reader, node, fields));
-    }
-}
 
 FilterPriority readPriority(const YamlReader& reader, const YamlNode& node) {
     const std::string text = reader.text(node, "\"priority\" of an exclusive filter", kMaxName);

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "list_store_reader.h"
 #include "names_of.h"
 #include "policy_faults.h"
 #include "raw_key.h"
@@ -97,31 +98,6 @@ Rule readRule(const Store& store, const RuleHandle& handle, const std::string& p
     return rule;
 }
 
-std::string readPassword(const Store& store, const std::string& name) {
-    const KeyHandle list = openRawKey(store.key(), "AddressList\\" + name);
-    return rawData(list.get(), "password").c_str();
-}
-
-DirectoryList readList(const Store& store, const ListHiveHandle& hive, const std::string& name, Secrets secrets) {
-    int result = ZXPOL_S_OK;
-    const ListHandle handle(zxpol_openAddrList(hive.get(), name.c_str(), &result));
-    _ZxPolAddrListAttr attr{};
-    zxpol_getAddrListAttrib(handle.get(), &attr, &result);
-    require(result, "cannot read address list " + inQuotes(name, 255));
-    DirectoryList list;
-    list.displayName = attr.displayName;
-    list.comment = attr.comment;
-    list.server = attr.server;
-    list.port = attr.port;
-    list.searchroot = attr.searchroot;
-    list.authentication = attr.authentication;
-    list.schematype = attr.schematype;
-    list.username = attr.username;
-    list.filter = attr.filter;
-    if (secrets == Secrets::Read) list.password = readPassword(store, name);
-    return list;
-}
-
 void readExclusiveFilters(const RuleHiveHandle& hive, Policy& policy) {
     for (uint32_t index = 0;; ++index) {
         uint32_t filter = 0;
@@ -185,7 +161,7 @@ StoredPolicy readStoredPolicy(const Store& store, Secrets secrets) {
     const RuleHandle root(zxpol_openRootRule(rules.get(), &result));
     require(result, "cannot open the policy in " + oneLine(store.location()));
     for (const std::string& name : namesOf(zxpol_enumAddrList, lists.get(), "the address lists"))
-        stored.policy.lists.emplace(name, readList(store, lists, name, secrets));
+        stored.policy.lists.emplace(name, readStoredList(store, lists, name, secrets));
     readExclusiveFilters(rules, stored.policy);
     stored.policy.root = readRule(store, root, "\\", kRootRuleKey);
     stored.problems = policyFaults(stored.policy);

@@ -43,11 +43,16 @@ private:
     bool _isItem = false;
 };
 
-void writeList(YamlOut& out, const std::string& name, const DirectoryList& list) {
-    out.item();
-    out.entry("name", yamlText(name));
-    out.text("displayName", list.displayName);
-    out.text("comment", list.comment);
+void writeListBody(YamlOut& out, const NormalList& list) {
+    if (!list.addresses) return;
+    if (list.addresses->empty()) return out.entry("addresses", "[]");
+    out.enter("addresses");
+    for (const std::string& address : *list.addresses)
+        out.line("- " + yamlQuoted(address));
+    out.leave();
+}
+
+void writeListBody(YamlOut& out, const DirectoryList& list) {
     out.entry("type", "directory");
     out.text("server", list.server);
     out.number("port", list.port);
@@ -57,6 +62,18 @@ void writeList(YamlOut& out, const std::string& name, const DirectoryList& list)
     out.text("username", list.username);
     if (list.password) out.entry("password", yamlQuoted(*list.password));
     out.text("filter", list.filter);
+}
+
+void writeList(YamlOut& out, const std::string& name, const AddressList& list) {
+    out.item();
+    out.entry("name", yamlText(name));
+    std::visit(
+        [&](const auto& kind) {
+            out.text("displayName", kind.displayName);
+            out.text("comment", kind.comment);
+            writeListBody(out, kind);
+        },
+        list);
     out.leave();
 }
 

@@ -71,6 +71,12 @@ std::vector<std::string> rawSubkeys(_ZxPolComHandle* key) {
     }
 }
 
+bool isNumbered(const std::string& name, const std::string& prefix) {
+    return lowerCase(name).compare(0, prefix.size(), prefix) == 0 &&
+           std::all_of(name.begin() + static_cast<std::ptrdiff_t>(prefix.size()), name.end(),
+                       [](char c) { return c >= '0' && c <= '9'; });
+}
+
 bool isText(const RawValue& value) {
     return !value.data.empty() && value.data.find('\0') == value.data.size() - 1;
 }

@@ -25,6 +25,9 @@ std::vector<std::string> rawSubkeys(_ZxPolComHandle* key);
 // The bytes of a value, a protected one too. Throws a StoreError.
 std::string rawData(_ZxPolComHandle* key, const std::string& name);
 
+// Whether a name is a prefix, in any letter case, followed by nothing but digits.
+bool isNumbered(const std::string& name, const std::string& prefix);
+
 // Whether the data is one text with its NUL.
 bool isText(const RawValue& value);
 // The text of such a value; the number of a value of 4 bytes.

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 
+#include "address_audit.h"
 #include "policy_check.h"
 #include "policy_file.h"
 #include "policy_limits.h"
@@ -27,13 +28,6 @@ using ExpectedValues = std::vector<Expected>;
 // What is wrong with a value that belongs to a family such as "condition1", or nothing; absent when it belongs to none.
 using FamilyCheck = std::function<std::optional<std::string>(const RawValue&)>;
 
-// Whether a name is a prefix, in any letter case, followed by nothing but digits.
-bool isNumbered(const std::string& name, const std::string& prefix) {
-    return lowerCase(name).compare(0, prefix.size(), prefix) == 0 &&
-           std::all_of(name.begin() + static_cast<std::ptrdiff_t>(prefix.size()), name.end(),
-                       [](char c) { return c >= '0' && c <= '9'; });
-}
-
 // What is wrong with the form of a value, or the empty text.
 std::string formFault(const RawValue& value, uint32_t type, size_t most) {
     if (value.type != type) return "is of the wrong type";
@@ -42,6 +36,14 @@ std::string formFault(const RawValue& value, uint32_t type, size_t most) {
     if (!isText(value)) return "is no text";
     return textFault(textOf(value), most);
 }
+
+const ExpectedValues kCommonValues{
+    {"displayName", ZXREG_STRING, kMaxName}, {"comment", ZXREG_STRING, kMaxComment}, {"type", ZXREG_NUMBER, 0}};
+
+const ExpectedValues kDirectoryValues{{"server", ZXREG_STRING, kMaxName},      {"port", ZXREG_NUMBER, 0},
+                                      {"schematype", ZXREG_NUMBER, 0},         {"searchroot", ZXREG_STRING, kMaxName},
+                                      {"authentication", ZXREG_NUMBER, 0},     {"username", ZXREG_STRING, kMaxName},
+                                      {"password", ZXREG_PROTECTED_STRING, 0}, {"filter", ZXREG_STRING, kMaxFilter}};
 
 std::optional<std::string> noFamily(const RawValue&) {
     return std::nullopt;
@@ -77,8 +79,13 @@ private:
 
     void lookAtValues(_ZxPolComHandle* key, const std::string& where, const ExpectedValues& expected,
                       const FamilyCheck& family) {
+        lookAtValues(rawValues(key), where, expected, family);
+    }
+
+    void lookAtValues(const std::vector<RawValue>& values, const std::string& where, const ExpectedValues& expected,
+                      const FamilyCheck& family) {
         std::vector<const char*> found;
-        for (const RawValue& value : rawValues(key)) {
+        for (const RawValue& value : values) {
             const std::string subject = "has a value " + inQuotes(value.name, kMaxName);
             const auto wanted = std::find_if(expected.begin(), expected.end(),
                                              [&](const Expected& entry) { return value.name == entry.name; });
@@ -112,28 +119,39 @@ private:
     }
 
     void lookAtList(_ZxPolComHandle* key, const std::string& where) {
-        for (const RawValue& value : rawValues(key)) {
-            if (value.name != "type" || value.type != ZXREG_NUMBER || numberOf(value) == ZXPOL_ADDRLIST_DIRECTORY)
-                continue;
-            const bool isNormal = numberOf(value) == ZXPOL_ADDRLIST_NORMAL;
-            add(where, isNormal ? "keeps its addresses in the store, which is not supported by this version"
-                                : "is of type " + std::to_string(numberOf(value)) + ", which is not known");
-            return;
-        }
-        lookAtValues(key, where,
-                     {{"displayName", ZXREG_STRING, kMaxName},
-                      {"comment", ZXREG_STRING, kMaxComment},
-                      {"type", ZXREG_NUMBER, 0},
-                      {"server", ZXREG_STRING, kMaxName},
-                      {"port", ZXREG_NUMBER, 0},
-                      {"schematype", ZXREG_NUMBER, 0},
-                      {"searchroot", ZXREG_STRING, kMaxName},
-                      {"authentication", ZXREG_NUMBER, 0},
-                      {"username", ZXREG_STRING, kMaxName},
-                      {"password", ZXREG_PROTECTED_STRING, 0},
-                      {"filter", ZXREG_STRING, kMaxFilter}},
-                     noFamily);
+        const std::vector<RawValue> values = rawValues(key);
+        const auto type = std::find_if(values.begin(), values.end(), [](const RawValue& value) {
+            return value.name == "type" && value.type == ZXREG_NUMBER;
+        });
+        if (type != values.end() && numberOf(*type) > ZXPOL_ADDRLIST_DIRECTORY)
+            return add(where, "is of type " + std::to_string(numberOf(*type)) + ", which is not known");
+        if (type != values.end() && numberOf(*type) == ZXPOL_ADDRLIST_NORMAL)
+            lookAtNormalList(values, where);
+        else
+            lookAtDirectoryList(values, where);
         lookAtSubkeys(key, where, {});
+    }
+
+    // A list whose kind was changed keeps the values of its old kind. They mean nothing.
+
+    void lookAtNormalList(const std::vector<RawValue>& values, const std::string& where) {
+        lookAtValues(values, where, kCommonValues, [](const RawValue& value) -> std::optional<std::string> {
+            const bool isOfDirectory = std::any_of(kDirectoryValues.begin(), kDirectoryValues.end(),
+                                                   [&](const Expected& entry) { return value.name == entry.name; });
+            if (isOfDirectory) return "";
+            if (!isAddressValue(value)) return std::nullopt;
+            return addressValueFault(value);
+        });
+        for (const std::string& fault : storedAddressFaults(values))
+            add(where, fault);
+    }
+
+    void lookAtDirectoryList(const std::vector<RawValue>& values, const std::string& where) {
+        ExpectedValues expected = kCommonValues;
+        expected.insert(expected.end(), kDirectoryValues.begin(), kDirectoryValues.end());
+        lookAtValues(values, where, expected, [](const RawValue& value) -> std::optional<std::string> {
+            return isAddressValue(value) ? std::make_optional<std::string>() : std::nullopt;
+        });
     }
 
     void lookAtClassifications(_ZxPolComHandle* hive) {

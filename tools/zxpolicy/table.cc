@@ -15,14 +15,14 @@ void Table::print(std::ostream& out) const {
             widths[i] = std::max(widths[i], displayWidth(row[i]));
     }
     for (const auto& row : _rows) {
+        std::string line;
         for (size_t i = 0; i < row.size(); ++i) {
             const std::string padding(widths[i] - displayWidth(row[i]), ' ');
-            if (i == 0)
-                out << row[i] << padding;
-            else
-                out << "  " << padding << row[i];
+            const bool isLeft = _left.count(i) != 0;
+            line.append(i == 0 ? "" : "  ").append(isLeft ? row[i] + padding : padding + row[i]);
         }
-        out << '\n';
+        line.erase(line.find_last_not_of(' ') + 1);
+        out << line << '\n';
     }
 }
 

@@ -2,20 +2,25 @@
 #pragma once
 
 #include <iosfwd>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tool {
 
-// The first column is aligned left, the others right.
+// The columns in `left` are aligned left, the others right.
 class Table {
 public:
-    explicit Table(std::vector<std::string> heading) { add(std::move(heading)); }
+    explicit Table(std::vector<std::string> heading, std::set<size_t> left = {0}) : _left(std::move(left)) {
+        add(std::move(heading));
+    }
 
     void add(std::vector<std::string> row) { _rows.push_back(std::move(row)); }
     void print(std::ostream& out) const;
 
 private:
+    std::set<size_t> _left;
     std::vector<std::vector<std::string>> _rows;
 };
 

@@ -1,0 +1,33 @@
+#include "list_report.h"
+
+#include <ostream>
+
+#include "list_store_reader.h"
+#include "result_names.h"
+#include "text.h"
+
+namespace tool {
+
+void printPassedOver(std::ostream& out, const std::vector<PassedOver>& addresses, uint64_t count, const char* what) {
+    for (const PassedOver& entry : addresses) {
+        out << "  ";
+        if (entry.line != 0) out << "line " << entry.line << ": ";
+        out << inQuotes(entry.address) << ' ' << what << '\n';
+    }
+    if (count > addresses.size()) out << "  and " << grouped(count - addresses.size()) << " more\n";
+}
+
+void requireReport(std::ostream& out, const ListOptions& options, bool isDryRun) {
+    if (out.flush() || isDryRun) return;
+    throw ToolError(kFailed,
+                    listText(options.name) + " was changed in " + oneLine(options.store) +
+                        ", but the report could not be written to standard output: check the disk's free space");
+}
+
+ExitStatus closeReport(std::ostream& err, const std::string& what, uint64_t leftOver, int code) {
+    if (leftOver == 0) return kSuccess;
+    err << "zxpolicy: " << what << ": " << describeResult(code) << '\n';
+    return kAnswerIsNo;
+}
+
+}  // namespace tool

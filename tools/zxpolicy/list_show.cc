@@ -1,0 +1,162 @@
+// The commands that look at address lists.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "envelope_reader.h"
+#include "json_line.h"
+#include "list_commands.h"
+#include "open_list.h"
+#include "table.h"
+#include "text.h"
+
+namespace tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct ListSummary {
+    std::string name;
+    _ZxPolAddrListAttr attr{};
+    std::optional<uint32_t> count;  // of a normal list
+};
+
+_ZxPolAddrListAttr attributesOf(ZxPolAddrList& list, const std::string& name) {
+    _ZxPolAddrListAttr attr{};
+    int result = ZXPOL_S_OK;
+    list.getAttrib(&attr, &result);
+    require(result, "cannot read " + listText(name));
+    return attr;
+}
+
+ListSummary summaryOf(const ListHive& hive, const std::string& name) {
+    const std::unique_ptr<ZxPolAddrList> list = hive.open(name);
+    ListSummary summary{name, attributesOf(*list, name), {}};
+    if (summary.attr.type == ZXPOL_ADDRLIST_NORMAL)
+        summary.count = countAddresses(enumerationOf(*list), listText(name));
+    return summary;
+}
+
+const char* kindOf(const ListSummary& summary) {
+    return summary.count ? "normal" : "directory";
+}
+
+Json jsonOf(const ListSummary& summary) {
+    Json json{{"name", summary.name}, {"type", kindOf(summary)}};
+    if (summary.count) json["addresses"] = *summary.count;
+    json["displayName"] = summary.attr.displayName;
+    json["comment"] = summary.attr.comment;
+    return json;
+}
+
+std::vector<std::string> addressesOf(ZxPolNormalAddrList& list, const std::string& name, ListOrder order) {
+    const AddressOrder asked = order == ListOrder::User ? AddressOrder::User : AddressOrder::Ascending;
+    std::vector<std::string> addresses = readAddresses(enumerationOf(list), asked, listText(name));
+    // The library's own descending order leaves an address out.
+    if (order == ListOrder::Descending) std::reverse(addresses.begin(), addresses.end());
+    return addresses;
+}
+
+// No line of a file may say an address with a line break, and no terminal be steered by one with control characters.
+void requirePlainLines(const std::vector<std::string>& addresses, const std::string& name, bool isForTerminal) {
+    for (const std::string& address : addresses) {
+        if (address.find('\n') != std::string::npos)
+            throw PolicyError("cannot export " + listText(name) + ": its address " + inQuotes(address) +
+                              " holds a line break; use dump");
+        if (isForTerminal && oneLine(address) != address)
+            throw UsageError("cannot export " + listText(name) + " to a terminal: its address " + inQuotes(address) +
+                             " holds control characters; name a file, or use list show");
+    }
+}
+
+void writeLines(const std::vector<std::string>& addresses, std::ostream& out) {
+    for (const std::string& address : addresses)
+        out << address << '\n';
+    out.flush();
+}
+
+}  // namespace
+
+ExitStatus runListOverview(const ListOptions& options, std::ostream& out) {
+    const Store store(options.store, Store::Missing::Refuse);
+    const ListHive hive(store);
+    Json lists = Json::array();
+    Table table({"list", "kind", "addresses", "display name"}, {0, 1, 3});
+    for (const std::string& name : hive.names()) {
+        const ListSummary summary = summaryOf(hive, name);
+        lists.push_back(jsonOf(summary));
+        table.add({oneLine(name), kindOf(summary), summary.count ? grouped(*summary.count) : "-",
+                   oneLine(summary.attr.displayName)});
+    }
+    if (options.format == OutputFormat::Json)
+        out << jsonLine({{"lists", lists}});
+    else if (lists.empty())
+        out << "there are no address lists\n";
+    else
+        table.print(out);
+    return kSuccess;
+}
+
+ExitStatus runListShow(const ListShowOptions& options, std::ostream& out) {
+    const Store store(options.store, Store::Missing::Refuse);
+    const std::unique_ptr<ZxPolNormalAddrList> list = ListHive(store).openNormal(options.name);
+    const std::vector<std::string> addresses = addressesOf(*list, options.name, options.order);
+    if (options.format == OutputFormat::Json) {
+        const _ZxPolAddrListAttr attr = attributesOf(*list, options.name);
+        out << jsonLine({{"name", options.name},
+                         {"type", "normal"},
+                         {"displayName", attr.displayName},
+                         {"comment", attr.comment},
+                         {"addresses", addresses}});
+        return kSuccess;
+    }
+    for (const std::string& address : addresses)
+        out << oneLine(address) << '\n';
+    return kSuccess;
+}
+
+ExitStatus runListCheck(const ListCheckOptions& options, std::ostream& out) {
+    const Store store(options.store, Store::Missing::Refuse);
+    const std::unique_ptr<ZxPolNormalAddrList> list = ListHive(store).openNormal(options.name);
+    const std::string address = senderFromText(options.address);
+    uint32_t weight = 0;
+    int result = ZXPOL_S_OK;
+    const bool isMatch = list->matchAddress(address.c_str(), &weight, options.weight, &result);
+    require(result, "cannot check " + inQuotes(address) + " against " + listText(options.name));
+    const std::string entry = isMatch ? list->findMatch(address.c_str(), options.weight) : "";
+    if (options.format == OutputFormat::Json) {
+        Json json{{"list", options.name}, {"address", address}, {"matches", isMatch}};
+        if (isMatch) json.update({{"entry", entry}, {"weight", weight}});
+        out << jsonLine(json);
+    } else if (isMatch) {
+        out << inQuotes(address, 511) << " is matched by " << inQuotes(entry, 511) << ", weight " << weight << '\n';
+    } else {
+        out << "no entry of " << listText(options.name) << " matches " << inQuotes(address, 511) << '\n';
+    }
+    return isMatch ? kSuccess : kAnswerIsNo;
+}
+
+ExitStatus runListExport(const ListExportOptions& options, std::ostream& out) {
+    const Store store(options.store, Store::Missing::Refuse);
+    const std::unique_ptr<ZxPolNormalAddrList> list = ListHive(store).openNormal(options.name);
+    const std::vector<std::string> addresses = addressesOf(*list, options.name, ListOrder::User);
+    const bool isToOutput = !options.file || *options.file == "-";
+    requirePlainLines(addresses, options.name, isToOutput && isatty(STDOUT_FILENO) != 0);
+    if (isToOutput) {
+        writeLines(addresses, out);
+        return kSuccess;
+    }
+    std::ofstream file(*options.file, std::ios::binary);
+    if (!file) throw UsageError("cannot open " + inQuotes(*options.file, 4096) + ": " + std::strerror(errno));
+    writeLines(addresses, file);
+    if (!file) throw UsageError("cannot write " + inQuotes(*options.file, 4096) + ": " + std::strerror(errno));
+    return kSuccess;
+}
+
+}  // namespace tool
