@@ -118,7 +118,9 @@ void ZxPolNormalAddrList::_change(int* error, const std::function<bool()>& body)
         _joinChangedList(error);
         if (failed(*error)) return;
         {
-            ListCache::Change change(*_cache);
+            // A change inside this one may leave the cache for another.
+            const CacheList::Shared changing = _cache;
+            ListCache::Change change(*changing);
             _knownStamp = 0;
             const bool isInStep = body();
             int result = ZXPOL_S_OK;

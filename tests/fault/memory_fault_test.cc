@@ -15,15 +15,22 @@ protected:
 
     // Runs the call with its `call`-th allocation failing; false when it makes fewer.
     bool runFaulty(uint64_t call, bool inStore) {
-        World world(GetParam().start == Start::policy);
+        World world(GetParam().start);
         failAllocation(call, inStore);
         const Outcome outcome = GetParam().act(world);
         const bool happened = allocationFailed();
         failAllocation(0);
         EXPECT_EQ("", outcome.violation) << "allocation " << call;
         EXPECT_EQ(0, openStoreUpdates()) << "allocation " << call;
+        if (GetParam().start == Start::lists) {
+            EXPECT_EQ("", world.listTrouble()) << "allocation " << call;
+        }
         const Outcome again = GetParam().act(world);
         EXPECT_EQ("", again.violation) << "after the failing allocation " << call;
+        if (GetParam().start == Start::lists) {
+            EXPECT_EQ("", world.listTrouble()) << "after the failing allocation " << call;
+            EXPECT_EQ(_cleanAddresses, world.listAddresses()) << "after the failing allocation " << call;
+        }
         world.close();
         EXPECT_EQ(std::vector<std::string>(), storeViolations()) << "allocation " << call;
         EXPECT_EQ(std::vector<std::string>(), openStoreKeys()) << "never closed: allocation " << call;
@@ -38,12 +45,14 @@ protected:
     }
 
     int _clean = ZXPOL_S_OK;
+    std::string _cleanAddresses;  // of the normal lists
 };
 
 TEST_P(MemoryFault, ReportsTheLackOfMemoryAndLeavesNothingOpen) {
     {
-        World world(GetParam().start == Start::policy);
+        World world(GetParam().start);
         _clean = GetParam().act(world).result;
+        if (GetParam().start == Start::lists) _cleanAddresses = world.listAddresses();
     }
     for (const bool inStore : {false, true}) {
         uint64_t call = 1;

@@ -17,6 +17,7 @@ std::vector<Scenario> allScenarios() {
     append(all, taskScenarios());
     append(all, matchScenarios());
     append(all, addressListScenarios());
+    append(all, normalListScenarios());
     return all;
 }
 

@@ -15,9 +15,6 @@ struct Outcome {
     std::string violation;  // a promise that the outputs broke, such as a handle together with a failure
 };
 
-// What the store's content is when the call begins.
-enum class Start { emptyStore, policy };
-
 // Whether the call, run again after it failed, may find its work partly done: deleted things are not found again.
 enum class Retry { succeeds, mayNotFind };
 
@@ -52,6 +49,7 @@ const std::vector<Scenario>& conditionScenarios();
 const std::vector<Scenario>& taskScenarios();
 const std::vector<Scenario>& matchScenarios();
 const std::vector<Scenario>& addressListScenarios();
+const std::vector<Scenario>& normalListScenarios();
 std::vector<Scenario> allScenarios();
 
 // Takes what an opening function returned: notes a broken promise, and closes it.

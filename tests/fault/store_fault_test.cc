@@ -30,7 +30,8 @@ uint64_t injectedInAll = 0;
 struct Attempt {
     Outcome outcome;
     std::string content;
-    bool failed = false;  // the planned failure happened
+    std::string addresses;  // of the normal lists
+    bool failed = false;    // the planned failure happened
     std::string failedCall;
 };
 
@@ -40,12 +41,13 @@ protected:
 
     // Runs the call without failures.
     Attempt runClean() {
-        World world(GetParam().start == Start::policy);
+        World world(GetParam().start);
         failNoStoreCall();
         Attempt run;
         run.outcome = GetParam().act(world);
         _calls = countedStoreCalls();
         run.content = world.content();
+        run.addresses = listsOf(world);
         world.close();
         checkBooks("without failures");
         return run;
@@ -53,7 +55,7 @@ protected:
 
     // Runs the call with its `call`-th store call failing, and again without.
     void runFaulty(uint64_t call, const Failure& failure, const Attempt& clean) {
-        World world(GetParam().start == Start::policy);
+        World world(GetParam().start);
         failStoreCall(call, failure.code);
         Attempt run;
         run.outcome = GetParam().act(world);
@@ -71,12 +73,27 @@ protected:
             run.content = world.content();
             checkPassedOver(run, failure, clean);
         }
+        if (!failure.isLie) listsOf(world);
         checkRetry(world, clean);
+        if (!failure.isLie) {
+            EXPECT_EQ(clean.addresses, listsOf(world)) << "after the next call";
+        }
         world.close();
         checkBooks(what);
     }
 
     uint64_t calls() const { return _calls; }
+
+    // The stored addresses of the normal lists, which must be those that the lists have. Moving addresses forward is
+    // given up when it fails, which may leave one in two values.
+    static std::string listsOf(const World& world) {
+        if (GetParam().start != Start::lists) return "";
+        EXPECT_EQ("", world.listTrouble());
+        if (GetParam().retry == Retry::succeeds) {
+            EXPECT_EQ("", world.listWithTwins());
+        }
+        return world.listAddresses();
+    }
 
 private:
     // A success in spite of the failure: the work must be done as without it, unless the interface passes this over.

@@ -1,5 +1,8 @@
 #include "fault/world.h"
 
+#include <algorithm>
+#include <map>
+#include <set>
 #include <stdexcept>
 
 namespace zxtest {
@@ -89,32 +92,150 @@ _ZxPolComHandle* openMemoryStore() {
     return store;
 }
 
-// The policy as the store holds it: made once through the interface, copied for every run.
+// What a store holds that was made through the interface.
+StoredKey contentOf(void (*make)(_ZxPolComHandle*)) {
+    _ZxPolComHandle* store = openMemoryStore();
+    make(store);
+    StoredKey made = readStore(store);
+    int error = ZXPOL_S_OK;
+    zxreg_closeKey(store, &error);
+    return made;
+}
+
+// Both contents are made once, and copied for every run.
 const StoredKey& policyContent() {
-    static const StoredKey content = [] {
-        _ZxPolComHandle* store = openMemoryStore();
-        makePolicy(store);
-        StoredKey made = readStore(store);
-        int error = ZXPOL_S_OK;
-        zxreg_closeKey(store, &error);
-        return made;
-    }();
+    static const StoredKey content = contentOf(makePolicy);
     return content;
+}
+
+void makeNormalList(_ZxPolComHandle* hive, const char* name, const std::vector<std::string>& addresses) {
+    int error = ZXPOL_S_OK;
+    const _ZxPolAddrListAttr attr = normalAttr(name);
+    _ZxPolComHandle* list = zxpol_createAddrList(hive, name, &attr, &error);
+    std::vector<const char*> array;
+    for (const std::string& address : addresses)
+        array.push_back(address.c_str());
+    array.push_back(nullptr);
+    if (!addresses.empty()) zxpol_insertAddress(list, array.data(), &error);
+    demand(error, name);
+    zxpol_closeAddrList(list, &error);
+}
+
+void makeNormalLists(_ZxPolComHandle* store) {
+    int error = ZXPOL_S_OK;
+    _ZxPolComHandle* lists = zxpol_openAddrListHive(store, &error);
+    _ZxPolComHandle* rules = zxpol_openRuleHive(store, 0, &error);
+    demand(error, "hives");
+    std::vector<std::string> addresses;
+    for (const char* name : {"a1", "a2", "a3", "a4", "b1", "b2", "b3", "b4", "b5", "*", "c1", "c2", "c3"})
+        addresses.push_back(addressOf(name, name[0] == 'b' ? 400 : 500));
+    makeNormalList(lists, "Open", addresses);
+    makeNormalList(lists, "Shut", addresses);
+    makeNormalList(lists, "Bare", {});
+    _ZxPolComHandle* root = zxpol_openRootRule(rules, &error);
+    closeRule(makeRule(root, "R", {pairOf("(Shut)", "*")}));
+    closeRule(root);
+    zxpol_closeRuleHive(rules, &error);
+    zxpol_closeAddrListHive(lists, &error);
+}
+
+const StoredKey& listContent() {
+    static const StoredKey content = contentOf(makeNormalLists);
+    return content;
+}
+
+// The addresses of each normal list by its name, in stored order.
+std::map<std::string, std::vector<std::string>> storedLists(_ZxPolComHandle* store) {
+    std::map<std::string, std::vector<std::string>> found;
+    for (const StoredKey& hive : readStore(store).keys) {
+        if (hive.name != "AddressList") continue;
+        for (const StoredKey& list : hive.keys) {
+            const auto isType = [](const StoredValue& value) { return value.name == "type"; };
+            if (std::none_of(list.values.begin(), list.values.end(), isType)) continue;
+            std::map<int, std::string> images;
+            for (const StoredValue& value : list.values) {
+                if (value.name.compare(0, 7, "address") == 0) images[std::stoi(value.name.substr(7))] = value.data;
+            }
+            std::vector<std::string>& addresses = found[list.name];
+            for (const auto& image : images) {
+                for (size_t at = 0; image.second.c_str()[at] != '\0'; at += addresses.back().size() + 1)
+                    addresses.emplace_back(image.second.c_str() + at);
+            }
+        }
+    }
+    return found;
+}
+
+std::string joined(const std::vector<std::string>& words) {
+    std::string line;
+    for (const std::string& word : words)
+        line += word.substr(0, 2) + " ";
+    return line;
+}
+
+// The addresses that a list newly opened has; its code where it does not open.
+std::string servedAddresses(_ZxPolComHandle* hive, const std::string& name) {
+    int error = ZXPOL_S_OK;
+    _ZxPolComHandle* list = zxpol_openAddrList(hive, name.c_str(), &error);
+    if (list == nullptr) return "cannot be opened: " + std::to_string(error);
+    std::vector<std::string> addresses;
+    for (uint32_t index = 0; ZX_SUCCESS(error) != 0; ++index) {
+        char address[ZXPOL_ADDRESS_SIZE];
+        uint32_t size = sizeof address;
+        zxpol_enumAddress(list, index, address, &size, &error);
+        if (ZX_SUCCESS(error) != 0) addresses.emplace_back(address);
+    }
+    zxpol_closeAddrList(list, &error);
+    return joined(addresses);
 }
 
 }  // namespace
 
-World::World(bool withPolicy) : store(openMemoryStore()) {
-    if (!withPolicy) return;
-    writeStore(store, policyContent());
+World::World(Start start) : store(openMemoryStore()) {
+    if (start == Start::emptyStore) return;
+    writeStore(store, start == Start::lists ? listContent() : policyContent());
     int error = ZXPOL_S_OK;
     ruleHive = zxpol_openRuleHive(store, 0, &error);
     listHive = zxpol_openAddrListHive(store, &error);
     root = zxpol_openRootRule(ruleHive, &error);
+    if (start == Start::lists) {
+        list = zxpol_openAddrList(listHive, "Open", &error);
+        demand(error, "opening");
+        return;
+    }
     a = zxpol_openRule(root, "A", &error);
     task = zxpol_openTask(a, "t", &error);
     list = zxpol_openAddrList(listHive, "Dir", &error);
     demand(error, "opening");
+}
+
+std::string World::listTrouble() const {
+    for (const auto& [name, addresses] : storedLists(store)) {
+        std::vector<std::string> once;
+        for (const std::string& address : addresses) {
+            if (std::find(once.begin(), once.end(), address) == once.end()) once.push_back(address);
+        }
+        const std::string served = servedAddresses(listHive, name), stored = joined(once);
+        if (served != stored) return name + " has " + served + "and stores " + stored;
+    }
+    return "";
+}
+
+std::string World::listWithTwins() const {
+    for (const auto& [name, addresses] : storedLists(store)) {
+        const std::set<std::string> once(addresses.begin(), addresses.end());
+        if (once.size() < addresses.size()) return name + ": " + joined(addresses);
+    }
+    return "";
+}
+
+std::string World::listAddresses() const {
+    std::string all;
+    for (const auto& [name, addresses] : storedLists(store)) {
+        const std::set<std::string> once(addresses.begin(), addresses.end());
+        all += name + ": " + joined({once.begin(), once.end()});
+    }
+    return all;
 }
 
 World::~World() {

@@ -19,6 +19,9 @@ Result lib(Result (*function)(Parameters...), Arguments... arguments) {
     return function(arguments...);
 }
 
+// What the store's content is when the call begins.
+enum class Start { emptyStore, policy, lists };
+
 /*
  * The policy, in the order of creation:
  *   lists     Dir, Far (directory lists)
@@ -31,16 +34,33 @@ Result lib(Result (*function)(Parameters...), Arguments... arguments) {
  *   \D        (Dir) to *, which no mail can be checked against
  *   \E        * to carol@z.example
  */
+/*
+ * The lists, each of normal kind:
+ *   Open, Shut   three values: four addresses of 500 bytes, five of 400, and four of 500 of which one is *@...; Open is
+ *                open when the call begins
+ *   Bare         no address
+ * and a rule \R, (Shut) to *.
+ */
 class World {
 public:
-    // An empty store, or one with the policy; the hives, the rules \, \A and the task \A\t are open then.
-    explicit World(bool withPolicy);
+    // An empty store, or one with the policy, where the hives, the rules \, \A and the task \A\t are open and so is the
+    // list Dir, or one with the lists, where the hives, the rule \ and the list Open are.
+    explicit World(Start start);
     ~World();
     World(const World&) = delete;
     World& operator=(const World&) = delete;
 
     // What the store holds now, below its root.
     std::string content() const { return describe(readStore(store)); }
+
+    // What is wrong with the normal lists: one whose addresses are not the stored ones; else empty.
+    std::string listTrouble() const;
+
+    // A normal list in which an address is stored twice; else empty.
+    std::string listWithTwins() const;
+
+    // The stored addresses of all normal lists, sorted, each once.
+    std::string listAddresses() const;
 
     // Closes everything that is open.
     void close();

@@ -42,7 +42,7 @@ thread_local int updateDepth = 0;
 
 constexpr const char* kOpNames[] = {"any",         "openKey",   "createKey",    "closeKey",   "deleteKey",
                                     "queryValue",  "setValue",  "deleteValue",  "enumSubkey", "enumValue",
-                                    "beginUpdate", "endUpdate", "cancelUpdate", "stamp"};
+                                    "beginUpdate", "endUpdate", "cancelUpdate", "stamp",      "identity"};
 
 const char* nameOf(StoreOp op) {
     return kOpNames[static_cast<int>(op)];
@@ -319,6 +319,13 @@ void zxreg_cancelUpdate(_ZxPolComHandle* key, int* error) {
 uint64_t zxreg_stamp(_ZxPolComHandle* key, int* error) {
     ZX_REAL(zxreg_stamp);
     if (enter(StoreOp::stamp, key, "", error)) return 0;
+    InStore inside;
+    return forward(key, error);
+}
+
+uint64_t zxreg_identity(_ZxPolComHandle* key, int* error) {
+    ZX_REAL(zxreg_identity);
+    if (enter(StoreOp::identity, key, "", error)) return 0;
     InStore inside;
     return forward(key, error);
 }

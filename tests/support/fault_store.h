@@ -28,6 +28,7 @@ enum class StoreOp {
     endUpdate,
     cancelUpdate,
     stamp,
+    identity,
 };
 
 // What went wrong in the use of the store: a key closed twice or never opened, a closed key used, an update ended

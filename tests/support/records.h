@@ -77,4 +77,17 @@ inline _ZxPolAddrListAttr directoryAttr(const std::string& displayName) {
     return attr;
 }
 
+inline _ZxPolAddrListAttr normalAttr(const std::string& displayName) {
+    _ZxPolAddrListAttr attr{};
+    setText(attr.displayName, displayName);
+    setText(attr.comment, "of " + displayName);
+    attr.type = ZXPOL_ADDRLIST_NORMAL;
+    return attr;
+}
+
+// A valid address that takes `bytes` bytes with its NUL; `name` is its local part, so that "*" makes a pattern.
+inline std::string addressOf(const std::string& name, size_t bytes) {
+    return name + "@" + std::string(bytes - name.size() - 2, 'x');
+}
+
 }  // namespace zxtest

@@ -1,4 +1,6 @@
 // ZxPolAddrListHive: the kinds of lists, and what the flat interface does not show.
+#include "addrlist/ldap_addr_list.h"
+#include "addrlist/normal_addr_list.h"
 #include "unit/match_fixture.h"
 
 namespace {
@@ -16,13 +18,14 @@ protected:
     std::vector<std::string> names() const { return raw("AddressList").subkeys(); }
 };
 
-TEST_F(AddrListHive, RefusesListsOfTheStoreAndLeavesNothingBehind) {
-    _ZxPolAddrListAttr attr = directoryAttr("Near");
-    attr.type = ZXPOL_ADDRLIST_NORMAL;
+TEST_F(AddrListHive, MakesTheKindOfListThatIsAskedFor) {
+    _ZxPolAddrListAttr attr = directoryAttr("Far");
     int error = ZXPOL_S_OK;
-    EXPECT_EQ(nullptr, create("Near", &attr, &error));
-    EXPECT_CODE(ZXPOL_E_NOT_SUPPORTED, error);
-    EXPECT_EQ(std::vector<std::string>(), names());
+    EXPECT_NE(nullptr, dynamic_cast<ZxPolLdapAddrList*>(create("Far", &attr, &error).get()));
+    attr.type = ZXPOL_ADDRLIST_NORMAL;
+    EXPECT_NE(nullptr, dynamic_cast<ZxPolNormalAddrList*>(create("Near", &attr, &error).get()));
+    EXPECT_CODE(ZXPOL_S_OK, error);
+    EXPECT_EQ(std::vector<std::string>({"Far", "Near"}), names());
 }
 
 TEST_F(AddrListHive, RefusesWhatCannotBeAList) {
@@ -58,8 +61,8 @@ TEST_F(AddrListHive, OpensAListByTheTypeThatIsStored) {
     EXPECT_CODE(ZXPOL_S_OK, error);
     RawKey stored = raw("AddressList\\Far");
     stored.setNumber("type", 0);
-    EXPECT_EQ(nullptr, open("Far", &error));
-    EXPECT_CODE(ZXPOL_E_NOT_SUPPORTED, error);
+    EXPECT_NE(nullptr, dynamic_cast<ZxPolNormalAddrList*>(open("Far", &error).get()));
+    EXPECT_CODE(ZXPOL_S_OK, error);
     stored.setNumber("type", 2);
     EXPECT_EQ(nullptr, open("Far", &error));
     EXPECT_CODE(ZXPOL_E_INVALID_FORMAT, error);

@@ -118,4 +118,22 @@ TEST_P(HostLog, FailuresAreTracedAtLevelTwo) {
         has(recordingLog().debugEntries, "2 2 -POLICY- 2 null Fail to check rule \\Broken (0x81021804), ignore"));
 }
 
+TEST_P(HostLog, WhatListsPassOverIsOfLevel3) {
+    _ZxPolAddrListAttr attr{};
+    int error = ZXPOL_S_OK;
+    const zxtest::Handle list(zxpol_createAddrList(listHive(), "L", &attr, &error));
+    recordingLog().debugWanted = true;
+    const char* addresses[] = {"a@b.c", "A@b.c", "nowhere", nullptr};
+    zxpol_insertAddress(list.get(), addresses, &error);
+    EXPECT_CODE(ZXPOL_E_INVALID_FORMAT, error);
+    const char* absent[] = {"x@y.z", nullptr};
+    error = ZXPOL_S_OK;
+    zxpol_removeAddress(list.get(), absent, &error);
+    EXPECT_CODE(ZXPOL_E_NOT_FOUND, error);
+    EXPECT_EQ((Lines{"2 3 -POLICY- 2 null Address 'A@b.c' already exist",
+                     "2 3 -POLICY- 2 null Address 'nowhere' is not valid. Skip!",
+                     "2 3 -POLICY- 2 null Address 'x@y.z' doesn't exist"}),
+              recordingLog().debugEntries);
+}
+
 }  // namespace
