@@ -1,5 +1,7 @@
 #include "addrlist/wildcard_index.h"
 
+#include <algorithm>
+
 #include "addrlist/folded_text.h"
 #include "pattern/priority.h"
 #include "pattern/wildcard_pattern.h"
@@ -12,6 +14,10 @@ bool isSame(std::string_view text, std::string_view folded) {
     return text.size() == folded.size() && equalsFolded(text.data(), folded.data(), text.size());
 }
 
+size_t dotsIn(std::string_view text) {
+    return static_cast<size_t>(std::count(text.begin(), text.end(), '.'));
+}
+
 }  // namespace
 
 void WildcardIndex::insert(uint32_t reference) noexcept {
@@ -22,7 +28,7 @@ void WildcardIndex::insert(uint32_t reference) noexcept {
         _unusualCount.fetch_add(1, std::memory_order_release);
     } else {
         _entries.insert(form.hash(), reference);
-        _counts[form.number()].fetch_add(1, std::memory_order_release);
+        count(form, 1);
     }
     _count.fetch_add(1, std::memory_order_release);
 }
@@ -35,9 +41,16 @@ void WildcardIndex::remove(uint32_t reference) noexcept {
         _unusualCount.fetch_sub(1, std::memory_order_release);
     } else {
         _entries.remove(form.hash(), reference);
-        _counts[form.number()].fetch_sub(1, std::memory_order_release);
+        count(form, static_cast<uint32_t>(-1));
     }
     _count.fetch_sub(1, std::memory_order_release);
+}
+
+void WildcardIndex::count(const PatternForm& form, uint32_t by) noexcept {
+    _counts[form.number()].fetch_add(by, std::memory_order_release);
+    if (form.domainForm == DomainForm::suffix) {
+        _suffixCounts[dotsIn(form.domain)].fetch_add(by, std::memory_order_release);
+    }
 }
 
 // One address against the index.
@@ -85,8 +98,12 @@ private:
         if (_domain.isBracketed()) collect(DomainForm::bracket, domain.size());
         collect(DomainForm::literal, 0);
         if (!hasEntries(true, DomainForm::suffix) && !hasEntries(false, DomainForm::suffix)) return;
-        for (size_t dot = domain.find('.'); dot != std::string_view::npos; dot = domain.find('.', dot + 1))
-            collect(DomainForm::suffix, dot + 1);
+        size_t dots = dotsIn(domain);
+        for (size_t dot = domain.find('.'); dot != std::string_view::npos; dot = domain.find('.', dot + 1)) {
+            if (_index._suffixCounts[--dots].load(std::memory_order_acquire) != 0) {
+                collect(DomainForm::suffix, dot + 1);
+            }
+        }
     }
 
     void collect(DomainForm form, size_t begin) {

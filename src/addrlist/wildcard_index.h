@@ -9,6 +9,7 @@
 #include "addrlist/ref_list.h"
 #include "addrlist/ref_table.h"
 #include "addrlist/text_arena.h"
+#include "pattern/wildcard_pattern.h"
 
 namespace zxpol {
 
@@ -53,7 +54,11 @@ private:
     const TextArena& _texts;
     RefTable _entries;
     RefList _unusual;
+    void count(const PatternForm& form, uint32_t by) noexcept;
+
     std::array<std::atomic<uint32_t>, PatternForm::count> _counts{};  // of entries by form
+    // Of suffixes by the number of their dots: most ends of an address's domain need not be looked up.
+    std::array<std::atomic<uint32_t>, ZxPolWildcardPattern::maxSegments> _suffixCounts{};
     std::atomic<uint32_t> _unusualCount{0};
     std::atomic<uint32_t> _count{0};  // of all entries
 };
