@@ -218,6 +218,7 @@ void zxreg_enumValue(_ZxPolComHandle* key, uint32_t index, char* name, uint32_t*
         const int code = of.store->read([&](const Tree&) {
             if (of.node->deleted) return ZXREG_E_DELETED;
             if (index >= of.node->values.size()) return ZXREG_E_NO_MORE_ITEMS;
+            of.node->values.prefetchBehind(index);
             const Value& value = of.node->values.at(index);
             const bool nameFits = tellLength(value.name(), nameSize);
             const bool dataFits = reader.tellSize(value);

@@ -62,6 +62,7 @@ bool ZxPolAddrCache::matchAddress(const char* address, ListType type, uint32_t* 
         return true;
     }
     assert(type == WildCardList);
+    if (type != WildCardList) return false;
     const ReaderGate::Pass pass(_gate);
     uint32_t found = 0;
     const uint32_t item = _published().patterns().findMatch(address, weight != nullptr ? &found : nullptr, kind);
@@ -87,10 +88,13 @@ void ZxPolAddrCache::insertAddress(const char* address, ListType type, int* erro
     if (address != nullptr) insertAddress(address, FoldedKey(address), type);
 }
 
-void ZxPolAddrCache::insertAddress(const char* address, const FoldedKey& key, ListType type) {
+bool ZxPolAddrCache::insertAddress(const char* address, const FoldedKey& key, ListType type) {
     const WriteLock lock(_lock);
+    _gate.tidy();
     CacheContent& content = *_content.load(std::memory_order_relaxed);
-    if (content.find(key, kindOf(type)) == CacheContent::none) content.add(address, key, kindOf(type));
+    if (content.find(key, kindOf(type)) != CacheContent::none) return false;
+    content.add(address, key, kindOf(type));
+    return true;
 }
 
 void ZxPolAddrCache::removeAddress(const char* address, ListType type, int* error) {
@@ -99,6 +103,7 @@ void ZxPolAddrCache::removeAddress(const char* address, ListType type, int* erro
     if (address == nullptr) return;
     const FoldedKey key(address);
     const WriteLock lock(_lock);
+    _gate.tidy();
     CacheContent& content = *_content.load(std::memory_order_relaxed);
     const uint32_t item = content.find(key, kindOf(type));
     if (item == CacheContent::none) return;

@@ -76,10 +76,11 @@ public:
     bool findAddress(const char* address, ListType type) const;
 
     // The same for callers with a row of addresses to come, who make the keys beforehand, once: `prefetch` has the
-    // processor fetch what the others will look at. `key` is the key of `address`.
+    // processor fetch what the others will look at. `key` is the key of `address`; inserting tells whether the
+    // list did not have it yet.
     void prefetch(const zxpol::FoldedKey& key, ListType type) const;
     bool findAddress(const zxpol::FoldedKey& key, ListType type) const;
-    void insertAddress(const char* address, const zxpol::FoldedKey& key, ListType type);
+    bool insertAddress(const char* address, const zxpol::FoldedKey& key, ListType type);
 
     // Whether an entry of the list matches `address`: in the exact list one of the same key, which weighs the most that
     // there is; in the wildcard list any whose pattern matches. *weight, where it is not null, is raised to the largest

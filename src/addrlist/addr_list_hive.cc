@@ -85,9 +85,13 @@ ZxPolAddrList* ZxPolAddrListHive::createAddrList(const char* name, const _ZxPolA
 
 void ZxPolAddrListHive::deleteAddrList(const char* name, int* error) {
     if (error == nullptr) return;
+    // Whatever comes of the deletion.
+    struct ClearCache {
+        const char* name;
+        int* error;
+        ~ClearCache() { ZxPolNormalAddrList::clearAddrCacheByName(name, error); }
+    } const clear{name, error};
     deleteChild(name, error);
-    // A cache may outlive its list, never the wish to be rid of it.
-    ZxPolNormalAddrList::clearAddrCacheByName(name, error);
 }
 
 void ZxPolAddrListHive::enumAddrList(uint32_t index, char* buffer, uint32_t* size, int* error) {

@@ -32,6 +32,8 @@ void ZxPolAddrSubList::_load(_ZxPolComHandle* key, int* error) {
         *error = ZXPOL_E_INVALID_FORMAT;
         return;
     }
+    constexpr size_t shortAddress = 20;
+    _addresses.reserve(size / shortAddress);
     // Whatever the store held, the last address ends within the buffer.
     _buffer[size] = '\0';
     for (const char* at = _buffer; *at != '\0' && at < _buffer + size;) {

@@ -48,9 +48,20 @@ void takePartOfKey(const TextArena& texts, size_t depth, Keyed& keyed) {
     }
 }
 
+// Texts of a list are far shorter; what is the same up to here is compared whole rather than with ever deeper calls.
+constexpr size_t kDeepest = 2048;
+
+bool isKeyBelow(const TextArena& texts, const Keyed& a, const Keyed& b) {
+    return std::strcmp(FoldedKey(texts.text(a.item)).text(), FoldedKey(texts.text(b.item)).text()) < 0;
+}
+
 // Sorts a run of items whose keys are the same up to `depth`: by the next characters, then run by run of those that are
 // the same in these as well. Keys never hold a NUL, so that equal parts with a zero are the end of equal keys.
 void sortRun(const TextArena& texts, Keyed* begin, Keyed* end, size_t depth) {
+    if (depth > kDeepest) {
+        std::sort(begin, end, [&texts](const Keyed& a, const Keyed& b) { return isKeyBelow(texts, a, b); });
+        return;
+    }
     constexpr ptrdiff_t ahead = 8;
     for (Keyed* at = begin; at != end; ++at) {
         if (end - at > ahead) texts.prefetch(at[ahead].item);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "addrlist/alpha_order.h"
 
@@ -18,6 +19,12 @@ constexpr uint64_t kWorthCopying = uint64_t{64} << 10;
 // Makes room for one more item without giving up that a vector grows by factors.
 void makeRoomFor(CacheContent::Items& items) {
     if (items.size() == items.capacity()) items.reserve(items.size() + items.size() / 2 + 8);
+}
+
+// Where the patterns file a wildcard entry.
+std::optional<WildcardIndex::Place> placeOf(std::string_view address, ListKind list) {
+    if (list == ListKind::exact) return std::nullopt;
+    return WildcardIndex::Place(address.data());
 }
 
 }  // namespace
@@ -39,22 +46,25 @@ bool CacheContent::hasKey(uint32_t item, const FoldedKey& key) const {
 
 void CacheContent::add(std::string_view address, const FoldedKey& key, ListKind list) {
     // All that can fail comes first; a text that nothing refers to does no harm.
+    const auto place = placeOf(address, list);
     makeRoom(list);
     makeRoomFor(_userOrder);
     const int marks = (key.hadQuotes() ? kHasQuotes : 0) | (list == ListKind::wildcard ? kIsWildcard : 0);
     const uint32_t item = _texts.add(address, static_cast<TextArena::Mark>(marks));
     _userOrder.push_back(item);
     forgetSorted();
-    if (list == ListKind::wildcard) _patterns.insert(item);
+    if (place) _patterns.insert(item, *place);
     tableOf(list).insert(key.hash(), item);
 }
 
 void CacheContent::remove(uint32_t item, const FoldedKey& key, ListKind list) {
+    const std::string_view address = text(item);
+    const auto place = placeOf(address, list);
     _removed.push_back(item);
-    _removedBytes += _texts.text(item).size();
+    _removedBytes += TextArena::sizeOf(address);
     forgetSorted();
     tableOf(list).remove(key.hash(), item);
-    if (list == ListKind::wildcard) _patterns.remove(item);
+    if (place) _patterns.remove(item, *place);
 }
 
 // Makes room for one more item in the tables.
@@ -97,6 +107,7 @@ void CacheContent::prepareUserOrder() {
 
 void CacheContent::prepareSorted() {
     if (_isSorted) return;
+    forgetSorted();
     prepareUserOrder();
     for (const uint32_t item : _userOrder)
         _sorted[static_cast<size_t>(listOf(item))].push_back(item);

@@ -42,9 +42,9 @@ public:
 
     // ---- for the writer ----
 
-    // Adds an address that the list does not hold. When it throws, nothing has changed.
+    // Adds an address that the list does not hold; a NUL follows its text. When it throws, nothing has changed.
     void add(std::string_view address, const FoldedKey& key, ListKind list);
-    // Removes an item; `key` is its key.
+    // Removes an item; `key` is its key. When it throws, nothing has changed.
     void remove(uint32_t item, const FoldedKey& key, ListKind list);
 
     uint32_t size() const { return static_cast<uint32_t>(_tables[0].size() + _tables[1].size()); }

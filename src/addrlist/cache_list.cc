@@ -36,11 +36,4 @@ void CacheList::drop(const std::string& name) {
     if (entry != _caches.end()) _caches.erase(entry);
 }
 
-void CacheList::drop(const std::string& name, const Shared& cache) {
-    const auto entry = _caches.find(name);
-    if (entry == _caches.end()) return;
-    std::vector<Shared>& caches = entry->second;
-    caches.erase(std::remove(caches.begin(), caches.end(), cache), caches.end());
-}
-
 }  // namespace zxpol

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,16 +23,25 @@ public:
 
     ZxPolAddrCache addresses;
 
+    // These belong to who changes the list. N, when its values are known to be "address1" to "addressN".
+    std::optional<uint32_t> valueCount;
+    // Whether an address may be stored twice, by the hand of others or by a failed compaction.
+    bool mayHaveDoubles = false;
+
     // Whether it is the cache of the key with this identity.
     bool isOf(const KeyState& state) const { return _identity == state.identity; }
 
     // Whether it mirrors the state: the stamp is the same, or this process is changing the list and the cache with it.
     // A store that does not tell its keys apart is not believed that it is the same list which is being changed.
     bool mirrors(const KeyState& state) const {
-        if (!isOf(state)) return false;
+        if (!isOf(state) || isDoubtful()) return false;
         return _stamp.load(std::memory_order_acquire) == state.stamp ||
                (_identity != 0 && _changes.load(std::memory_order_acquire) != 0);
     }
+
+    // Says that the cache may not have followed its list: whoever needs it next takes another.
+    void doubt() { _isDoubtful.store(true, std::memory_order_release); }
+    bool isDoubtful() const { return _isDoubtful.load(std::memory_order_acquire); }
 
     // A change of the list, made in this process. Changes are made one after the other; they nest in one thread.
     class Change {
@@ -53,6 +63,7 @@ private:
     const uint64_t _identity;
     std::atomic<uint64_t> _stamp;
     std::atomic<uint32_t> _changes{0};
+    std::atomic<bool> _isDoubtful{false};
     std::recursive_mutex _changing;
 };
 
@@ -71,9 +82,8 @@ public:
     // Enters the cache of `name` for the key of `state`, in place of the one that there was.
     void put(const std::string& name, const KeyState& state, const Shared& cache);
 
-    // Forgets the caches of `name`: all of them, or the one given.
+    // Forgets the caches of `name`.
     void drop(const std::string& name);
-    void drop(const std::string& name, const Shared& cache);
 
 private:
     // The one used last comes first.

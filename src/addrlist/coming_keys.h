@@ -3,7 +3,9 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <optional>
+#include <string_view>
 
 #include "addrlist/addr_cache.h"
 #include "addrlist/folded_text.h"
@@ -24,7 +26,9 @@ public:
             const char* address = addressAt(_made);
             _isAtEnd = address == nullptr;
             if (_isAtEnd) break;
-            const FoldedKey& key = _keys[_made % _keys.size()].emplace(address);
+            // Longer texts are no addresses, and what is looked up for them does not count.
+            const FoldedKey& key =
+                _keys[_made % _keys.size()].emplace(std::string_view(address, strnlen(address, most)));
             _cache.prefetch(key, ZxPolAddrCache::listOf(address));
         }
         return *_keys[index % _keys.size()];
@@ -32,6 +36,7 @@ public:
 
 private:
     static constexpr size_t ahead = 7;
+    static constexpr size_t most = 512;
 
     const ZxPolAddrCache& _cache;
     std::array<std::optional<FoldedKey>, ahead + 1> _keys;

@@ -1,6 +1,7 @@
 #include "addrlist/folded_text.h"
 
 #include <algorithm>
+#include <chrono>
 #include <random>
 
 #include "pattern/ascii.h"
@@ -59,10 +60,15 @@ struct Secret {
     uint64_t second;
 
     Secret() {
-        std::random_device random;
-        const auto word = [&random] { return uint64_t{random()} << 32 | random(); };
-        first = word();
-        second = word();
+        try {
+            std::random_device random;
+            first = uint64_t{random()} << 32 | random();
+            second = uint64_t{random()} << 32 | random();
+        } catch (...) {
+            // Where there is no source of randomness, at least no two processes have the same secret.
+            first = static_cast<uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+            second = reinterpret_cast<uintptr_t>(this) * 0x9e3779b97f4a7c15u ^ first;
+        }
     }
 };
 

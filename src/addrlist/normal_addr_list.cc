@@ -2,12 +2,13 @@
 #include "addrlist/normal_addr_list.h"
 
 #include <cstring>
+#include <string_view>
 #include <utility>
 
 #include "addrlist/coming_keys.h"
 #include "addrlist/lock_guards.h"
+#include "addrlist/value_names.h"
 #include "pattern/priority.h"
-#include "store/multi_value.h"
 #include "store/result.h"
 #include "store/store_value.h"
 #include "store/update.h"
@@ -16,15 +17,23 @@ using namespace zxpol;
 
 namespace {
 
-// Up to an address that is too long to be one.
-void insertAll(const ZxPolAddrSubList& subList, ZxPolAddrCache& cache) {
+// The name under which a list's cache is known: as the store takes it, without a backslash at its end.
+std::string cacheName(std::string_view name) {
+    if (!name.empty() && name.back() == '\\') name.remove_suffix(1);
+    return std::string(name);
+}
+
+// Inserts what a value holds, up to an address that is too long to be one.
+void insertAll(const ZxPolAddrSubList& subList, ListCache& list) {
+    ZxPolAddrCache& cache = list.addresses;
     ComingKeys keys(cache);
     const auto addressAt = [&](size_t index) {
         return index < subList.count() ? subList.at(static_cast<uint32_t>(index)) : nullptr;
     };
     for (size_t index = 0; const char* address = addressAt(index); ++index) {
         if (strnlen(address, ZxPolNormalAddrList::kAddressSize) == ZxPolNormalAddrList::kAddressSize) return;
-        cache.insertAddress(address, keys.keyOf(index, addressAt), ZxPolAddrCache::listOf(address));
+        const bool isNew = cache.insertAddress(address, keys.keyOf(index, addressAt), ZxPolAddrCache::listOf(address));
+        if (!isNew) list.mayHaveDoubles = true;
     }
 }
 
@@ -42,7 +51,7 @@ ZxPolNormalAddrList::ZxPolNormalAddrList(_ZxPolComHandle* listKey, const char* n
     : ZxPolNormalAddrList(StoreKey(listKey), name, error) {}
 
 ZxPolNormalAddrList::ZxPolNormalAddrList(StoreKey listKey, const char* name, int* error)
-    : ZxPolAddrList(std::move(listKey)), _name(name != nullptr ? name : "") {
+    : ZxPolAddrList(std::move(listKey)), _name(cacheName(name != nullptr ? name : "")) {
     if (error != nullptr) _joinCache(error);
 }
 
@@ -53,9 +62,13 @@ ZxPolNormalAddrList::~ZxPolNormalAddrList() = default;
 // Takes part in the cache that mirrors the list as it is in the store, and makes it when there is none. On failure the
 // object keeps the cache that it had.
 void ZxPolNormalAddrList::_joinCache(int* error) {
+    // When another process writes while the list is read, half of that may be in the cache. Mostly it is done soon.
+    constexpr int attempts = 3;
     CacheList::Shared torn;
-    if (_tryToJoin(torn, error) || failed(*error)) return;
-    // Another process wrote while the list was read, and half of that may be in the cache: now it has to wait.
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        if (_tryToJoin(torn, error) || failed(*error)) return;
+    }
+    // Now it has to wait.
     Update update(_listKey(), error);
     if (!update || _tryToJoin(torn, error) || failed(*error)) return;
     // In a store without updates nobody can be made to wait. What was read is for this object alone.
@@ -70,7 +83,7 @@ bool ZxPolNormalAddrList::_tryToJoin(CacheList::Shared& torn, int* error) {
     CacheList::Shared cache = gmAddrCacheMap.find(_name, state);
     if (cache == nullptr) {
         cache = std::make_shared<ListCache>(state);
-        _fill(cache->addresses, error);
+        _fill(*cache, error);
         const KeyState now = succeeded(*error) ? stateOf(_listKey(), error) : state;
         if (failed(*error)) return false;
         if (!cache->mirrors(now)) {
@@ -84,73 +97,76 @@ bool ZxPolNormalAddrList::_tryToJoin(CacheList::Shared& torn, int* error) {
 }
 
 void ZxPolNormalAddrList::_cacheAllAddresses(int* error) {
-    if (error != nullptr && _cache != nullptr) _fill(_cache->addresses, error);
+    if (error == nullptr || _cache == nullptr) return;
+    const ListCache::Change change(*_cache);
+    _fill(*_cache, error);
 }
 
-void ZxPolNormalAddrList::_fill(ZxPolAddrCache& cache, int* error) const {
-    ZxPolMultiValue names(_listKey(), kAddressValue);
-    char name[kNameSize];
-    for (uint32_t index = 0;; ++index) {
-        uint32_t size = sizeof name;
-        names.enumValueName(index, name, &size, error);
-        if (failed(*error)) break;
-        const ZxPolAddrSubList subList(_listKey(), name, error);
+void ZxPolNormalAddrList::_fill(ListCache& cache, int* error) const {
+    const ValueNames names(_listKey(), std::nullopt);
+    for (uint32_t index = 0; index < names.count(); ++index) {
+        const std::string name = names.at(index, error);
+        if (failed(*error)) return;
+        const ZxPolAddrSubList subList(_listKey(), name.c_str(), error);
         if (failed(*error)) return;
         insertAll(subList, cache);
     }
     // A list that could not be read to its end is not taken for the whole of it.
-    if (isEnd(*error)) *error = names.result();
+    *error = names.result();
+    cache.valueCount = names.denseCount();
 }
 
 void ZxPolNormalAddrList::clearAddrCacheByName(const char* name, int* /*error*/) {
     if (name == nullptr) return;
+    const std::string dropped = cacheName(name);
     const WriteLock lock(gmRWLock);
-    gmAddrCacheMap.drop(name);
+    gmAddrCacheMap.drop(dropped);
 }
 
-// Runs `body`, which changes the list in the store and its cache, as one update, and tells whether the two are in step.
-// The cache is one that shows the list as it is when the update begins.
-void ZxPolNormalAddrList::_change(int* error, const std::function<bool()>& body) {
-    bool isKept = true;
+// Runs `body`, which changes the list in the store and its cache in step, as one update. The cache is one that shows
+// the list as it is when the update begins. Where the two may have come apart, the cache is left for a fresh one.
+void ZxPolNormalAddrList::_change(int* error, const std::function<void()>& body) {
     {
         Update update(_listKey(), error);
         if (!update) return;
         _joinChangedList(error);
         if (failed(*error)) return;
-        {
-            // A change inside this one may leave the cache for another.
-            const CacheList::Shared changing = _cache;
+        // A change inside this one may leave the cache for another.
+        const CacheList::Shared changing = _cache;
+        try {
             ListCache::Change change(*changing);
-            _knownStamp = 0;
-            const bool isInStep = body();
+            body();
             int result = ZXPOL_S_OK;
             const KeyState state = stateOf(_listKey(), &result);
             // Without updates the state may be the work of somebody else, too.
-            const bool isKnown = isInStep && succeeded(result) && canUpdate();
-            if (isKnown) change.reached(state);
-            _knownStamp = isKnown ? state.stamp : 0;
+            if (succeeded(result) && canUpdate()) change.reached(state);
+            if (!update.end()) _doubt(*changing);
+        } catch (...) {
+            _doubt(*changing);
+            throw;
         }
-        isKept = update.end();
     }
-    if (!isKept) _leaveLostCache();
+    // If that fails the object goes on to answer from what it has, until its next change.
+    int result = ZXPOL_S_OK;
+    if (_cache->isDoubtful()) _joinCache(&result);
+}
+
+void ZxPolNormalAddrList::_doubt(ListCache& changing) {
+    changing.doubt();
+    _cache->doubt();
 }
 
 // Takes a fresh cache when the list has been changed by others since this object took its own.
 void ZxPolNormalAddrList::_joinChangedList(int* error) {
     const KeyState state = stateOf(_listKey(), error);
     if (failed(*error)) return;
-    if (state.stamp == 0 || state.stamp != _knownStamp) _forgetTail();
+    _isExact = state.stamp != 0 && canUpdate();
     if (_cache == nullptr || !_cache->mirrors(state)) _joinCache(error);
 }
 
-// Drops the cache, which is ahead of a store that has not kept the change.
-void ZxPolNormalAddrList::_leaveLostCache() {
-    {
-        const WriteLock lock(gmRWLock);
-        gmAddrCacheMap.drop(_name, _cache);
-    }
-    int result = ZXPOL_S_OK;
-    _joinCache(&result);
+// The number of values, if it is known and nobody else can have changed it.
+std::optional<uint32_t> ZxPolNormalAddrList::_knownValueCount() const {
+    return _isExact ? _cache->valueCount : std::nullopt;
 }
 
 // ---- attributes --------------------------------------------------------------------------------------
@@ -179,7 +195,6 @@ void ZxPolNormalAddrList::setAttrib(const _ZxPolAddrListAttr* attr, int* error) 
     _change(error, [&] {
         writeNumber(_listKey(), "type", attr->type, error);
         if (succeeded(*error)) _setCommonAttrib(commonOf(attr), error);
-        return true;
     });
 }
 

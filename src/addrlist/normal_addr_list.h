@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,11 +14,10 @@
 #include "addrlist/cache_list.h"
 #include "zxbase.h"
 
-class ZxPolMultiValue;
-
 namespace zxpol {
 class SubListSearch;
-}
+class ValueNames;
+}  // namespace zxpol
 
 // Is told what becomes of each address that a list is given.
 class ZXPOL_API ZxPolInsertWatch {
@@ -51,8 +51,6 @@ public:
  */
 class ZXPOL_API ZxPolNormalAddrList : public ZxPolAddrList {
 public:
-    // The stem of the names of the values.
-    static constexpr const char* kAddressValue = "address";
     // Room for one address.
     static constexpr size_t kAddressSize = 512;
 
@@ -131,41 +129,37 @@ public:
 private:
     void _joinCache(int* error);
     bool _tryToJoin(zxpol::CacheList::Shared& torn, int* error);
-    void _fill(ZxPolAddrCache& cache, int* error) const;
-    void _change(int* error, const std::function<bool()>& body);
+    void _fill(zxpol::ListCache& cache, int* error) const;
+    void _change(int* error, const std::function<void()>& body);
     void _joinChangedList(int* error);
-    void _leaveLostCache();
+    void _doubt(zxpol::ListCache& changing);
 
     void _insert(const char** addresses, int* error);
-    void _append(const char* address, int* error);
-    void _loadTail(int* error);
-    void _keepTail();
-    void _forgetTail();
-    void _beginSubList(int* error);
-    void _loadSubList(const char* valueName, int* error);
+    void _append(const char* address, std::optional<zxpol::ValueNames>& names, int* error);
+    void _loadTail(const zxpol::ValueNames& names, int* error);
+    std::optional<uint32_t> _knownValueCount() const;
+    void _loadSubList(const std::string& valueName, int* error);
     void _tell(size_t index, const char* address, ZxPolInsertWatch::Fate fate) const;
     void _tellFailure(size_t index, int result) const;
 
-    bool _remove(const char** addresses, int* error);
-    bool _loadNext(ZxPolMultiValue& names, int* error);
-    uint32_t _findHolder(const char* address, int& position, zxpol::SubListSearch& search, ZxPolMultiValue& names,
-                         int* error);
-    bool _removeFrom(uint32_t subList, int position, const char* address, int* error);
-    void _closeGaps(uint32_t lowest, ZxPolMultiValue& names);
-    void _moveForward(uint32_t to, int* error);
-    void _findFirst(uint32_t& source, char* address, int* error) const;
+    void _remove(const char** addresses, int* error);
+    bool _loadNext(const zxpol::ValueNames& names, int* error);
+    uint32_t _findHolder(const char* address, int& position, zxpol::SubListSearch& search,
+                         const zxpol::ValueNames& names, int* error);
+    void _removeFrom(uint32_t subList, int position, const char* address, int* error);
+    void _closeGaps(uint32_t lowest, const zxpol::ValueNames& names);
+    void _deleteEmptied();
+    bool _moveForward(uint32_t to, int* error);
+    bool _findFirst(uint32_t& source, char* address, int* error) const;
     void _flush(uint32_t to, uint32_t begin, uint32_t end, int* error);
 
     class _Import;
-    bool _removeAll(int* error);
+    void _removeAll(int* error);
 
     const std::string _name;
     zxpol::CacheList::Shared _cache;
     std::vector<std::unique_ptr<ZxPolAddrSubList>> _subLists;
-    // What the last insertion knew of the list, which is still so while the list has this stamp.
-    std::unique_ptr<ZxPolMultiValue> _names;
-    bool _hasNameGaps = false;  // when they were read
-    uint64_t _knownStamp = 0;
+    bool _isExact = false;  // the store says what changes, and lets one change at a time
     ZxPolInsertWatch* _watch = nullptr;
     const uint64_t* _lines = nullptr;  // of the addresses that are imported
 };

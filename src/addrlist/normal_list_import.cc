@@ -4,6 +4,7 @@
 
 #include "addrlist/address_file.h"
 #include "addrlist/normal_addr_list.h"
+#include "addrlist/value_names.h"
 #include "store/multi_value.h"
 #include "store/result.h"
 
@@ -22,24 +23,37 @@ bool isPathValid(const char* path) {
 // One import: addresses are gathered in fixed room and handed over in batches.
 class ZxPolNormalAddrList::_Import {
 public:
-    _Import(ZxPolNormalAddrList& list, AddressFile& file, bool isReplacing)
-        : _list(list), _file(file), _isToBeCleared(isReplacing) {}
+    _Import(ZxPolNormalAddrList& list, const char* path, AddressFile::Format format, bool isReplacing)
+        : _list(list), _file(path, format), _isToBeCleared(isReplacing) {}
+    ~_Import() { _list._lines = nullptr; }
+    _Import(const _Import&) = delete;
+    _Import& operator=(const _Import&) = delete;
 
-    // False when the list's cache has not followed.
-    bool run(int* error) {
+    // Whether the file holds anything. Nobody is kept from writing while a pipe has nothing to say yet.
+    bool begin(int* error) {
+        if (!_file.isOpen()) {
+            *error = ZXPOL_E_FILE_OPEN;
+        } else if (!_file.hasLine()) {
+            *error = ZXPOL_E_INVALID_FORMAT;
+            _takeFailure(error);
+        } else {
+            *error = ZXPOL_S_OK;
+        }
+        return succeeded(*error);
+    }
+
+    void run(int* error) {
         while (_file.next(_free())) {
-            if (_isToBeCleared && !_list._removeAll(error)) return false;
+            if (_isToBeCleared) {
+                _list._removeAll(error);
+                if (failed(*error)) return;
+            }
             _isToBeCleared = false;
             _keep();
-            if (_isFull() && !_handOver(error)) return true;
+            if (_isFull() && !_handOver(error)) return;
         }
-        if (failed(_file.result())) {
-            *error = _file.result();
-            if (_list._watch != nullptr) _list._watch->onFailure(_file.line(), *error);
-        } else if (_count == 0 || _handOver(error)) {
-            if (_hasInvalid || !_hasHandedOver) *error = ZXPOL_E_INVALID_FORMAT;
-        }
-        return true;
+        if (_takeFailure(error) || (_count > 0 && !_handOver(error))) return;
+        if (_hasInvalid || !_hasHandedOver) *error = ZXPOL_E_INVALID_FORMAT;
     }
 
 private:
@@ -55,6 +69,14 @@ private:
         _used += std::strlen(_free()) + 1;
     }
 
+    // Whether the file has failed.
+    bool _takeFailure(int* error) const {
+        if (succeeded(_file.result())) return false;
+        *error = _file.result();
+        if (_list._watch != nullptr) _list._watch->onFailure(_file.line(), *error);
+        return true;
+    }
+
     // False when no more addresses are to be handed over.
     bool _handOver(int* error) {
         _addresses[_count] = nullptr;
@@ -68,7 +90,7 @@ private:
     }
 
     ZxPolNormalAddrList& _list;
-    AddressFile& _file;
+    AddressFile _file;
     bool _isToBeCleared;
     bool _hasInvalid = false;
     bool _hasHandedOver = false;
@@ -85,27 +107,19 @@ void ZxPolNormalAddrList::importAddresses(uint32_t format, uint32_t replace, con
         *error = ZXPOL_E_INVALID_ARG;
         return;
     }
-    AddressFile file(path, static_cast<AddressFile::Format>(format));
-    if (!file.isOpen()) {
-        *error = ZXPOL_E_FILE_OPEN;
-        return;
-    }
-    *error = ZXPOL_S_OK;
-    // Nobody is kept from writing while a pipe has nothing to say yet.
-    if (!file.hasLine()) {
-        *error = failed(file.result()) ? file.result() : ZXPOL_E_INVALID_FORMAT;
-        return;
-    }
-    const auto import = std::make_unique<_Import>(*this, file, replace == 1);
-    _change(error, [&] { return import->run(error); });
+    const auto import = std::make_unique<_Import>(*this, path, static_cast<AddressFile::Format>(format), replace == 1);
+    if (import->begin(error)) _change(error, [&] { import->run(error); });
 }
 
-// False when a part of the addresses is gone, of which the cache knows nothing.
-bool ZxPolNormalAddrList::_removeAll(int* error) {
-    _forgetTail();
-    ZxPolMultiValue names(_listKey(), kAddressValue);
+// When that fails a part of the addresses is gone, of which the cache knows nothing.
+void ZxPolNormalAddrList::_removeAll(int* error) {
+    _cache->valueCount.reset();
+    ZxPolMultiValue names(_listKey(), ValueNames::stem);
     names.deleteAll(error);
-    if (failed(*error)) return false;
-    _cache->addresses.clear();
-    return true;
+    if (failed(*error)) {
+        _cache->doubt();
+    } else {
+        _cache->addresses.clear();
+        _cache->mayHaveDoubles = false;
+    }
 }

@@ -3,11 +3,10 @@
 
 #include "addrlist/coming_keys.h"
 #include "addrlist/normal_addr_list.h"
+#include "addrlist/value_names.h"
 #include "frame/reg_debug.h"
 #include "pattern/cond_wildcard_pattern.h"
-#include "store/multi_value.h"
 #include "store/result.h"
-#include "store/store_value.h"
 
 using namespace zxpol;
 using Fate = ZxPolInsertWatch::Fate;
@@ -24,14 +23,12 @@ void ZxPolNormalAddrList::insertAddresses(const char** addresses, int* error) {
         *error = ZXPOL_E_INVALID_ARG;
         return;
     }
-    _change(error, [&] {
-        _insert(addresses, error);
-        return true;
-    });
+    _change(error, [&] { _insert(addresses, error); });
 }
 
 void ZxPolNormalAddrList::_insert(const char** addresses, int* error) {
-    _keepTail();
+    _refreshSubListCache();
+    std::optional<ValueNames> names;
     ComingKeys keys(_cache->addresses);
     const auto addressAt = [addresses](size_t index) { return addresses[index]; };
     bool hasInvalid = false;
@@ -46,8 +43,8 @@ void ZxPolNormalAddrList::_insert(const char** addresses, int* error) {
             ZXPOL_DEBUG(3, "Address '%s' already exist", address);
             _tell(index, address, Fate::present);
         } else {
-            _append(address, error);
-            if (failed(*error)) return _forgetTail();
+            _append(address, names, error);
+            if (failed(*error)) return _tellFailure(index, *error);
             _cache->addresses.insertAddress(address, key, type);
             _tell(index, address, Fate::stored);
         }
@@ -63,55 +60,33 @@ void ZxPolNormalAddrList::_tellFailure(size_t index, int result) const {
     if (_watch != nullptr) _watch->onFailure(_lines != nullptr ? _lines[index] : index, result);
 }
 
-// Adds an address to the last value, or to a new one behind it, and writes that. The names are read for the first
-// address that needs them.
-void ZxPolNormalAddrList::_append(const char* address, int* error) {
+// Adds an address to the last value, or to a new one behind it, and writes that. The first address that is added needs
+// the names.
+void ZxPolNormalAddrList::_append(const char* address, std::optional<ValueNames>& names, int* error) {
     *error = ZXPOL_S_OK;
-    if (_names == nullptr) _loadTail(error);
+    if (!names) {
+        names.emplace(_listKey(), _knownValueCount());
+        _loadTail(*names, error);
+    }
     const size_t size = std::strlen(address) + 1;
     const bool hasRoom = !_subLists.empty() && _subLists.back()->multiStrLen() + size <= ZxPolAddrSubList::maxImage;
-    if (succeeded(*error) && !hasRoom) _beginSubList(error);
+    if (succeeded(*error) && !hasRoom) _loadSubList(names->next(error), error);
     if (failed(*error)) return;
     ZxPolAddrSubList& tail = *_subLists.back();
     tail.insert(address, error);
     tail.flush(_listKey(), error);
+    if (succeeded(*error)) _cache->valueCount = names->denseCount();
 }
 
-// Reads the names and loads the last value.
-void ZxPolNormalAddrList::_loadTail(int* error) {
-    _refreshSubListCache();
-    _names = std::make_unique<ZxPolMultiValue>(_listKey(), kAddressValue);
-    *error = _names->result();
-    _hasNameGaps = false;
-    if (failed(*error) || _names->count() == 0) return;
-    char name[kNameSize];
-    uint32_t size = sizeof name;
-    _names->enumValueName(_names->count() - 1, name, &size, error);
-    _hasNameGaps = name != kAddressValue + std::to_string(_names->count());
-    if (succeeded(*error)) _loadSubList(name, error);
+void ZxPolNormalAddrList::_loadTail(const ValueNames& names, int* error) {
+    *error = names.result();
+    if (succeeded(*error) && names.count() != 0) _loadSubList(names.at(names.count() - 1, error), error);
 }
 
-// Of the sub-lists of the last insertion only the tail is of use to the next one. Where numbers are missing, a value
-// that was begun may not be the last one.
-void ZxPolNormalAddrList::_keepTail() {
-    if (_names == nullptr || _subLists.empty() || _hasNameGaps) return _forgetTail();
-    _subLists.erase(_subLists.begin(), _subLists.end() - 1);
-}
-
-void ZxPolNormalAddrList::_forgetTail() {
-    _names.reset();
-    _refreshSubListCache();
-}
-
-void ZxPolNormalAddrList::_beginSubList(int* error) {
-    char name[kNameSize];
-    uint32_t size = sizeof name;
-    _names->createValueName(name, &size, error);
-    if (succeeded(*error)) _loadSubList(name, error);
-}
-
-void ZxPolNormalAddrList::_loadSubList(const char* valueName, int* error) {
-    auto subList = std::make_unique<ZxPolAddrSubList>(_listKey(), valueName, error);
+// Loads one more value, unless its name could not be had.
+void ZxPolNormalAddrList::_loadSubList(const std::string& valueName, int* error) {
+    if (failed(*error)) return;
+    auto subList = std::make_unique<ZxPolAddrSubList>(_listKey(), valueName.c_str(), error);
     if (succeeded(*error)) _subLists.push_back(std::move(subList));
 }
 

@@ -1,16 +1,8 @@
 #include "addrlist/reader_gate.h"
 
 #include <algorithm>
-#include <thread>
 
 namespace zxpol {
-
-namespace {
-
-// A reader is inside for a microsecond. When they never all leave, the next change tries again.
-constexpr int attempts = 100;
-
-}  // namespace
 
 ReaderGate::~ReaderGate() {
     destroyRetired();
@@ -19,17 +11,14 @@ ReaderGate::~ReaderGate() {
 void ReaderGate::retire(Retirable* old) noexcept {
     old->_next = _retired;
     _retired = old;
-    for (int i = 0; i < attempts; ++i) {
-        if (isEmpty()) return destroyRetired();
-        std::this_thread::yield();
-    }
+    _wasZero.fill(false);
+    lookAtCounters();
 }
 
-// Readers may come and go between the looks at the counters: each was out of its counter at some moment after the
-// publication, and that is what counts.
-bool ReaderGate::isEmpty() const noexcept {
-    return std::all_of(_counters.begin(), _counters.end(),
-                       [](const Counter& counter) { return counter.readers.load(std::memory_order_seq_cst) == 0; });
+void ReaderGate::lookAtCounters() noexcept {
+    for (size_t i = 0; i < counterCount; ++i)
+        _wasZero[i] = _wasZero[i] || _counters[i].readers.load(std::memory_order_seq_cst) == 0;
+    if (std::all_of(_wasZero.begin(), _wasZero.end(), [](bool wasZero) { return wasZero; })) destroyRetired();
 }
 
 void ReaderGate::destroyRetired() noexcept {

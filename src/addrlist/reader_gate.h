@@ -22,9 +22,10 @@ private:
 };
 
 /*
- * Readers hold a Pass while they use published pointers. The writer, one at a time, first publishes the new pointer
- * (sequentially consistent) and then retires the old object, which is destroyed once a moment was seen at which no
- * reader was inside: whoever comes later finds the new pointer. Readers never wait.
+ * Readers hold a Pass while they use published pointers, and are counted. The writer, one at a time, first publishes
+ * the new pointer (sequentially consistent) and then retires the old object. It is destroyed when each of the counters
+ * was seen at zero since then: whoever was counted before has left, and whoever comes later finds the new pointer.
+ * Nobody waits; the writer looks again whenever it has something to do.
  */
 class ReaderGate {
 public:
@@ -49,6 +50,11 @@ public:
     // Takes `old` over, which no new reader can reach any more.
     void retire(Retirable* old) noexcept;
 
+    // Destroys what was retired, if by now nobody can be looking at it.
+    void tidy() noexcept {
+        if (_retired != nullptr) lookAtCounters();
+    }
+
 private:
     // Threads are spread over several counters, each in a cache line of its own.
     struct alignas(64) Counter {
@@ -57,10 +63,11 @@ private:
     static constexpr size_t counterCount = 8;
 
     std::atomic<uint32_t>& countOfThisThread() const noexcept;
-    bool isEmpty() const noexcept;
+    void lookAtCounters() noexcept;
     void destroyRetired() noexcept;
 
     mutable std::array<Counter, counterCount> _counters;
+    std::array<bool, counterCount> _wasZero{};  // since the last retirement
     Retirable* _retired = nullptr;
 };
 

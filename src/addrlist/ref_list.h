@@ -29,8 +29,6 @@ public:
         }
     }
 
-    bool isEmpty() const noexcept { return _array.load(std::memory_order_seq_cst)->count.load() == 0; }
-
     // Makes room for one more reference, so that `append` cannot fail. What was removed goes on the way.
     void makeRoom() {
         Array* old = _array.load(std::memory_order_relaxed);

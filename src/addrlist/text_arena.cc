@@ -6,16 +6,17 @@
 namespace zxpol {
 
 uint32_t TextArena::add(std::string_view text, Mark marks) {
-    const size_t size = headerSize + text.size() + 1;
+    const size_t size = sizeOf(text);
     uint64_t place = _end;
     unsigned chunk = chunkOf(_end);
     // A text does not reach from one chunk into the next; what is left of a chunk stays unused.
-    while (place + size > uint64_t{beginOf(chunk)} + sizeOf(chunk)) {
-        if (++chunk == chunkCount) throw std::bad_alloc();
-        place = beginOf(chunk);
+    while (chunk < chunkCount && place + size > uint64_t{beginOf(chunk)} + sizeOfChunk(chunk)) {
+        ++chunk;
+        if (chunk < chunkCount) place = beginOf(chunk);
     }
+    if (chunk >= chunkCount) throw std::bad_alloc();
     if (_chunks[chunk].load(std::memory_order_relaxed) == nullptr) {
-        _blocks[chunk] = BigBlock(sizeOf(chunk));
+        _blocks[chunk] = BigBlock(sizeOfChunk(chunk));
         _chunks[chunk].store(_blocks[chunk].as<char>(), std::memory_order_relaxed);
     }
     char* to = _chunks[chunk].load(std::memory_order_relaxed) + (place - beginOf(chunk));

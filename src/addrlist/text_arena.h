@@ -37,7 +37,8 @@ public:
     // Has the processor fetch a text that will soon be asked for.
     void prefetch(uint32_t reference) const noexcept { __builtin_prefetch(at(reference)); }
 
-    // The bytes handed out.
+    // The bytes that a text takes, and those handed out.
+    static size_t sizeOf(std::string_view text) noexcept { return headerSize + text.size() + 1; }
     uint32_t used() const noexcept { return _end; }
 
 private:
@@ -50,7 +51,7 @@ private:
         return 31u - static_cast<unsigned>(__builtin_clz((offset >> firstBits) + 1));
     }
     static uint32_t beginOf(unsigned chunk) noexcept { return ((1u << chunk) - 1) << firstBits; }
-    static uint32_t sizeOf(unsigned chunk) noexcept { return 1u << (chunk + firstBits); }
+    static uint32_t sizeOfChunk(unsigned chunk) noexcept { return 1u << (chunk + firstBits); }
 
     const char* at(uint32_t reference) const noexcept {
         const unsigned chunk = chunkOf(reference);

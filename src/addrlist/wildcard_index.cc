@@ -20,37 +20,38 @@ size_t dotsIn(std::string_view text) {
 
 }  // namespace
 
-void WildcardIndex::insert(uint32_t reference) noexcept {
-    const ZxPolCondWildcardPattern pattern(_texts.text(reference).data());
-    const PatternForm form(pattern);
-    if (form.isUnusual) {
+WildcardIndex::Place::Place(const char* entry) {
+    const ZxPolCondWildcardPattern pattern(entry);
+    const PatternForm patternForm(pattern);
+    isUnusual = patternForm.isUnusual;
+    if (isUnusual) return;
+    hash = patternForm.hash();
+    form = patternForm.number();
+    if (patternForm.domainForm == DomainForm::suffix) suffixDots = dotsIn(patternForm.domain);
+}
+
+void WildcardIndex::insert(uint32_t reference, const Place& place) noexcept {
+    if (place.isUnusual) {
         _unusual.append(reference);
-        _unusualCount.fetch_add(1, std::memory_order_release);
     } else {
-        _entries.insert(form.hash(), reference);
-        count(form, 1);
+        _entries.insert(place.hash, reference);
     }
-    _count.fetch_add(1, std::memory_order_release);
+    count(place, 1);
 }
 
-void WildcardIndex::remove(uint32_t reference) noexcept {
-    const ZxPolCondWildcardPattern pattern(_texts.text(reference).data());
-    const PatternForm form(pattern);
-    if (form.isUnusual) {
+void WildcardIndex::remove(uint32_t reference, const Place& place) noexcept {
+    if (place.isUnusual) {
         _unusual.remove(reference);
-        _unusualCount.fetch_sub(1, std::memory_order_release);
     } else {
-        _entries.remove(form.hash(), reference);
-        count(form, static_cast<uint32_t>(-1));
+        _entries.remove(place.hash, reference);
     }
-    _count.fetch_sub(1, std::memory_order_release);
+    count(place, static_cast<uint32_t>(-1));
 }
 
-void WildcardIndex::count(const PatternForm& form, uint32_t by) noexcept {
-    _counts[form.number()].fetch_add(by, std::memory_order_release);
-    if (form.domainForm == DomainForm::suffix) {
-        _suffixCounts[dotsIn(form.domain)].fetch_add(by, std::memory_order_release);
-    }
+void WildcardIndex::count(const Place& place, uint32_t by) noexcept {
+    if (!place.isUnusual) _counts[place.form].fetch_add(by, std::memory_order_release);
+    if (place.suffixDots) _suffixCounts[*place.suffixDots].fetch_add(by, std::memory_order_release);
+    _count.fetch_add(by, std::memory_order_release);
 }
 
 // One address against the index.
@@ -68,7 +69,7 @@ public:
         collectLookups();
         for (size_t i = 0; i < _lookupCount && !isDone(); ++i)
             lookUp(_lookups[i]);
-        if (_index._unusualCount.load(std::memory_order_acquire) != 0) compareUnusual();
+        compareUnusual();
     }
 
     uint32_t found() const { return _found; }

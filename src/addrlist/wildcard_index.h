@@ -4,6 +4,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <optional>
 
 #include "addrlist/pattern_form.h"
 #include "addrlist/ref_list.h"
@@ -27,6 +28,16 @@ public:
     // The texts of the entries are in `texts`.
     WildcardIndex(const TextArena& texts, ReaderGate& gate) : _texts(texts), _entries(gate), _unusual(gate) {}
 
+    // Where an entry is filed, as its text says. Made first, as that may take memory.
+    struct Place {
+        explicit Place(const char* entry);
+
+        bool isUnusual;
+        uint64_t hash = 0;
+        size_t form = 0;
+        std::optional<size_t> suffixDots;  // the dots in the text of a suffix
+    };
+
     // Makes room for one more entry, so that `insert` cannot fail. `forEach` calls its argument with the reference of
     // everything in the index.
     template <class ForEach>
@@ -34,15 +45,14 @@ public:
         _unusual.makeRoom();
         _entries.makeRoom([&](auto put) {
             forEach([&](uint32_t reference) {
-                const ZxPolCondWildcardPattern pattern(_texts.text(reference).data());
-                const PatternForm form(pattern);
-                if (!form.isUnusual) put(form.hash(), reference);
+                const Place place(_texts.text(reference).data());
+                if (!place.isUnusual) put(place.hash, reference);
             });
         });
     }
 
-    void insert(uint32_t reference) noexcept;
-    void remove(uint32_t reference) noexcept;
+    void insert(uint32_t reference, const Place& place) noexcept;
+    void remove(uint32_t reference, const Place& place) noexcept;
 
     // An entry that matches `address`, or `none`: the one of the largest weight, which goes to *weight, or when
     // `weight` is null any of them.
@@ -51,15 +61,14 @@ public:
 private:
     class Search;
 
+    void count(const Place& place, uint32_t by) noexcept;
+
     const TextArena& _texts;
     RefTable _entries;
     RefList _unusual;
-    void count(const PatternForm& form, uint32_t by) noexcept;
-
     std::array<std::atomic<uint32_t>, PatternForm::count> _counts{};  // of entries by form
     // Of suffixes by the number of their dots: most ends of an address's domain need not be looked up.
     std::array<std::atomic<uint32_t>, ZxPolWildcardPattern::maxSegments> _suffixCounts{};
-    std::atomic<uint32_t> _unusualCount{0};
     std::atomic<uint32_t> _count{0};  // of all entries
 };
 
