@@ -59,11 +59,14 @@ int ListModel::flush(const SubList& subList) {
 
 void ListModel::fillCache() {
     _isOutOfStep = false;
+    _mayHaveDoubles = false;
     _cache.clear();
     for (const unsigned number : numbers()) {
         for (const std::string& address : load(number).addresses) {
             if (address.size() > kLongest) break;
-            _cache.insert(address, CacheModel::listOf(address));
+            const CacheModel::ListType type = CacheModel::listOf(address);
+            _mayHaveDoubles = _mayHaveDoubles || _cache.find(address, type);
+            _cache.insert(address, type);
         }
     }
 }
@@ -130,14 +133,17 @@ int ListModel::remove(const Addresses& addresses) {
         subList.isDirty = true;
         const int result = flush(subList);
         if (result != ZXPOL_S_OK) return result;
-        _isOutOfStep = !_cache.remove(address, CacheModel::listOf(address));
-        if (_isOutOfStep) return ZXPOL_E_NOT_FOUND;
+        const bool wasCached = _cache.remove(address, CacheModel::listOf(address));
+        // Another value may hold it still.
+        _isOutOfStep = _isOutOfStep || _mayHaveDoubles;
+        if (!wasCached) return ZXPOL_E_NOT_FOUND;
         if (subList.imageLength() < kSparse) lowest = std::min(lowest, holder);
     }
     if (lowest != SIZE_MAX) {
         while (loaded.size() < names.size())
             loaded.push_back(load(names[loaded.size()]));
-        shift(lowest, loaded, names);
+        // Whatever ended it may have left an address in two values.
+        if (!shift(lowest, loaded, names)) _mayHaveDoubles = true;
     }
     return isAnyMissing ? ZXPOL_E_NOT_FOUND : ZXPOL_S_OK;
 }
@@ -148,7 +154,7 @@ ListModel::Fetched ListModel::fetchFirst(const SubList& subList, std::string& ad
     return address.size() > kLongest ? Fetched::unreadable : Fetched::address;
 }
 
-void ListModel::shift(size_t from, SubLists& loaded, Numbers& numbers) {
+bool ListModel::shift(size_t from, SubLists& loaded, Numbers& numbers) {
     const size_t last = loaded.size() - 1;
     bool isFinished = false;
     for (size_t to = from; !isFinished && to < last; ++to) {
@@ -161,7 +167,7 @@ void ListModel::shift(size_t from, SubLists& loaded, Numbers& numbers) {
         while (fetched == Fetched::nothing && source < last)
             fetched = fetchFirst(loaded[++source], address);
         if (fetched == Fetched::nothing) break;
-        if (fetched == Fetched::unreadable) return;
+        if (fetched == Fetched::unreadable) return false;
         moved += address.size() + 1;
         while (moved <= room) {
             target.addresses.push_back(address);
@@ -180,11 +186,12 @@ void ListModel::shift(size_t from, SubLists& loaded, Numbers& numbers) {
         }
         flush(target);
         flush(loaded[source]);
-        if (fetched == Fetched::unreadable) return;
+        if (fetched == Fetched::unreadable) return false;
     }
     for (size_t index = loaded.size(); index-- > 0;) {
         if (loaded[index].imageLength() < 2) deleteValue(index, numbers);
     }
+    return true;
 }
 
 // Deletes the value numbered `index` + 1: the values behind it move into the names before theirs, and the last name
@@ -203,6 +210,7 @@ void ListModel::deleteValue(size_t index, Numbers& numbers) {
 void ListModel::deleteAll() {
     _images.clear();
     _cache.clear();
+    _mayHaveDoubles = false;
 }
 
 }  // namespace model

@@ -32,8 +32,8 @@ public:
     // Fills the cache anew, as the first object on the list does.
     void fillCache();
 
-    // Whether the last change took an address from the store that the cache did not have, as another of the same key
-    // had been taken before: it was stored twice. Then whoever opens the list next fills the cache anew.
+    // Whether an address was removed from a list in which some are stored twice, so that it may be there still. Then
+    // whoever opens the list next fills the cache anew.
     bool isOutOfStep() const { return _isOutOfStep; }
 
     // What a value holds from now on, without the list being told; an empty image means no value.
@@ -59,7 +59,8 @@ private:
     SubList load(unsigned number) const;
     int flush(const SubList& subList);
     bool findHolder(const std::string& address, const Numbers& numbers, SubLists& loaded, size_t& holder) const;
-    void shift(size_t from, SubLists& loaded, Numbers& numbers);
+    // False when it met an address that cannot be moved.
+    bool shift(size_t from, SubLists& loaded, Numbers& numbers);
     enum class Fetched { address, nothing, unreadable };
     static Fetched fetchFirst(const SubList& subList, std::string& address);
     void deleteValue(size_t index, Numbers& numbers);
@@ -68,6 +69,7 @@ private:
     Images _images;
     CacheModel _cache;
     bool _isOutOfStep = false;
+    bool _mayHaveDoubles = false;
 };
 
 }  // namespace model
