@@ -7,6 +7,7 @@
 #include <new>
 
 #include "addrlist/cache_content.h"
+#include "addrlist/coming_keys.h"
 #include "addrlist/lock_guards.h"
 #include "pattern/priority.h"
 
@@ -70,6 +71,18 @@ bool ZxPolAddrCache::matchAddress(const char* address, ListType type, uint32_t* 
     return item != CacheContent::none;
 }
 
+bool ZxPolAddrCache::matchAddress(const char* address, uint32_t* weight, ZxPolMatchWeightType kind) const {
+    if (weight != nullptr) *weight = ZxPolPriority::minWeight();
+    const FoldedKey key(address != nullptr ? address : "");
+    const ReaderGate::Pass pass(_gate);
+    const CacheContent& content = _published();
+    if (address != nullptr && content.find(key, ListKind::exact) != CacheContent::none) {
+        if (weight != nullptr) *weight = ZxPolPriority::maxWeight();
+        return true;
+    }
+    return content.patterns().findMatch(address, weight, kind) != CacheContent::none;
+}
+
 std::string ZxPolAddrCache::findMatch(const char* address, ListType type, ZxPolMatchWeightType kind) const {
     const FoldedKey key(address != nullptr ? address : "");
     const ReaderGate::Pass pass(_gate);
@@ -95,6 +108,24 @@ bool ZxPolAddrCache::insertAddress(const char* address, const FoldedKey& key, Li
     if (content.find(key, kindOf(type)) != CacheContent::none) return false;
     content.add(address, key, kindOf(type));
     return true;
+}
+
+size_t ZxPolAddrCache::insertAddresses(const char* const* addresses, size_t count) {
+    ComingKeys keys(*this);
+    const WriteLock lock(_lock);
+    _gate.tidy();
+    CacheContent& content = *_content.load(std::memory_order_relaxed);
+    size_t present = 0;
+    for (size_t index = 0; index < count; ++index) {
+        const FoldedKey& key = keys.keyOf(index, [&](size_t i) { return i < count ? addresses[i] : nullptr; });
+        const ListKind list = kindOf(listOf(addresses[index]));
+        if (content.find(key, list) != CacheContent::none) {
+            ++present;
+        } else {
+            content.add(addresses[index], key, list);
+        }
+    }
+    return present;
 }
 
 void ZxPolAddrCache::removeAddress(const char* address, ListType type, int* error) {

@@ -69,6 +69,9 @@ public:
     // as present. Reports success; std::bad_alloc leaves the cache as it was.
     void insertAddress(const char* address, ListType type, int* error);
 
+    // Adds a row of addresses, each to the list that it belongs to. Returns how many were there already.
+    size_t insertAddresses(const char* const* addresses, size_t count);
+
     // Removes the address. ZXPOL_E_NOT_FOUND.
     void removeAddress(const char* address, ListType type, int* error);
 
@@ -86,6 +89,10 @@ public:
     // there is; in the wildcard list any whose pattern matches. *weight, where it is not null, is raised to the largest
     // weight of all entries that match, and never lowered. Any other type is asserted not to be.
     bool matchAddress(const char* address, ListType type, uint32_t* weight, ZxPolMatchWeightType kind) const;
+
+    // Whether any entry of the two lists matches `address`. *weight, where it is not null, becomes the largest weight
+    // of all that match, 0 when none does. The wildcard list is not asked when the exact one has the address.
+    bool matchAddress(const char* address, uint32_t* weight, ZxPolMatchWeightType kind) const;
 
     // The `index`-th address in the order that the environment variable "order" names when the call is made: the user
     // order for "user" or no such variable, the descending order for "decending" (spelled so), else the ascending one.

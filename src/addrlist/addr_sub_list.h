@@ -59,6 +59,7 @@ public:
     // The number of addresses, and the address at a position below it; valid until that address is removed.
     uint32_t count() const { return static_cast<uint32_t>(_addresses.size()); }
     const char* at(uint32_t position) const { return _addresses[position]; }
+    const std::vector<const char*>& addresses() const { return _addresses; }
 
 private:
     void _load(_ZxPolComHandle* key, int* error);

@@ -1,11 +1,11 @@
 // ZxPolNormalAddrList: its cache, its attributes, and its answers.
 #include "addrlist/normal_addr_list.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 #include <utility>
 
-#include "addrlist/coming_keys.h"
 #include "addrlist/lock_guards.h"
 #include "addrlist/value_names.h"
 #include "pattern/priority.h"
@@ -25,16 +25,13 @@ std::string cacheName(std::string_view name) {
 
 // Inserts what a value holds, up to an address that is too long to be one.
 void insertAll(const ZxPolAddrSubList& subList, ListCache& list) {
-    ZxPolAddrCache& cache = list.addresses;
-    ComingKeys keys(cache);
-    const auto addressAt = [&](size_t index) {
-        return index < subList.count() ? subList.at(static_cast<uint32_t>(index)) : nullptr;
+    const auto isTooLong = [](const char* address) {
+        return strnlen(address, ZxPolNormalAddrList::kAddressSize) == ZxPolNormalAddrList::kAddressSize;
     };
-    for (size_t index = 0; const char* address = addressAt(index); ++index) {
-        if (strnlen(address, ZxPolNormalAddrList::kAddressSize) == ZxPolNormalAddrList::kAddressSize) return;
-        const bool isNew = cache.insertAddress(address, keys.keyOf(index, addressAt), ZxPolAddrCache::listOf(address));
-        if (!isNew) list.mayHaveDoubles = true;
-    }
+    const std::vector<const char*>& all = subList.addresses();
+    const auto end = std::find_if(all.begin(), all.end(), isTooLong);
+    const size_t present = list.addresses.insertAddresses(all.data(), static_cast<size_t>(end - all.begin()));
+    if (present != 0) list.mayHaveDoubles = true;
 }
 
 }  // namespace
@@ -212,11 +209,9 @@ void ZxPolNormalAddrList::enumAddress(uint32_t index, char* buffer, uint32_t* si
 
 bool ZxPolNormalAddrList::matchAddress(const char* address, uint32_t* weight, ZxPolMatchWeightType weightType,
                                        int* /*error*/) {
+    if (_cache != nullptr) return _cache->addresses.matchAddress(address, weight, weightType);
     if (weight != nullptr) *weight = ZxPolPriority::minWeight();
-    if (_cache == nullptr) return false;
-    const ZxPolAddrCache& addresses = _cache->addresses;
-    return addresses.matchAddress(address, ZxPolAddrCache::ExactList, weight, weightType) ||
-           addresses.matchAddress(address, ZxPolAddrCache::WildCardList, weight, weightType);
+    return false;
 }
 
 std::string ZxPolNormalAddrList::findMatch(const char* address, ZxPolMatchWeightType weightType) const {

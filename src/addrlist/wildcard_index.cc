@@ -176,7 +176,7 @@ uint32_t WildcardIndex::findMatch(const char* address, uint32_t* weight, ZxPolMa
     if (_count.load(std::memory_order_acquire) == 0) return none;
     Search search(*this, address, weight != nullptr, kind);
     search.run();
-    if (weight != nullptr) *weight = search.weight();
+    if (weight != nullptr && search.found() != none) *weight = search.weight();
     return search.found();
 }
 

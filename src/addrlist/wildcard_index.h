@@ -55,7 +55,7 @@ public:
     void remove(uint32_t reference, const Place& place) noexcept;
 
     // An entry that matches `address`, or `none`: the one of the largest weight, which goes to *weight, or when
-    // `weight` is null any of them.
+    // `weight` is null any of them. Without any *weight stays as it is.
     uint32_t findMatch(const char* address, uint32_t* weight, ZxPolMatchWeightType kind) const;
 
 private:
