@@ -38,7 +38,7 @@ public:
     int result() const { return _result; }
 
     // The number of the line that the last address was in.
-    uint64_t line() const { return _addressLine; }
+    size_t line() const { return _addressLine; }
 
 private:
     struct Close {
@@ -60,8 +60,8 @@ private:
     const char* _end = _buffer.data();
     int _next = 0;  // the character behind the ones that were taken, while `_hasNext`
     bool _hasNext = false;
-    uint64_t _line = 1;
-    uint64_t _addressLine = 0;
+    size_t _line = 1;
+    size_t _addressLine = 0;
     int _result;
 };
 

@@ -38,7 +38,7 @@ void insertAll(const ZxPolAddrSubList& subList, ListCache& list) {
 
 ZxPolInsertWatch::~ZxPolInsertWatch() = default;
 
-void ZxPolInsertWatch::onFailure(uint64_t /*place*/, int /*result*/) {}
+void ZxPolInsertWatch::onFailure(size_t /*place*/, int /*result*/) {}
 
 // The map is destroyed after the lock.
 ZxPolNormalAddrList::CacheList ZxPolNormalAddrList::gmAddrCacheMap;

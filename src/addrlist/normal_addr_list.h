@@ -27,11 +27,11 @@ public:
     virtual ~ZxPolInsertWatch();
 
     // `place` is the address's index in the array, or the number of its line in the file that is imported.
-    virtual void onAddress(uint64_t place, const char* address, Fate fate) = 0;
+    virtual void onAddress(size_t place, const char* address, Fate fate) = 0;
 
     // The call ends at this place without success; what comes behind it is not looked at. Invalid addresses are no
     // reason.
-    virtual void onFailure(uint64_t place, int result);
+    virtual void onFailure(size_t place, int result);
 };
 
 /*
@@ -161,5 +161,5 @@ private:
     std::vector<std::unique_ptr<ZxPolAddrSubList>> _subLists;
     bool _isExact = false;  // the store says what changes, and lets one change at a time
     ZxPolInsertWatch* _watch = nullptr;
-    const uint64_t* _lines = nullptr;  // of the addresses that are imported
+    const size_t* _lines = nullptr;  // of the addresses that are imported
 };

@@ -97,7 +97,7 @@ private:
     std::array<char, textSize> _texts;
     size_t _used = 0;
     std::array<const char*, maxCount + 1> _addresses;
-    std::array<uint64_t, maxCount> _lines;
+    std::array<size_t, maxCount> _lines;
     size_t _count = 0;
 };
 

@@ -23,14 +23,14 @@ constexpr size_t kMaxPath = 259;
 // Counts what becomes of the addresses of the file.
 class ImportWatch : public ZxPolInsertWatch {
 public:
-    void onAddress(uint64_t line, const char* address, Fate fate) override {
+    void onAddress(size_t line, const char* address, Fate fate) override {
         ++_counts[static_cast<size_t>(fate)];
         if (fate == Fate::invalid && invalid.size() < kShown) invalid.push_back({line, address});
         progress.step();
     }
 
     // The first failure is the one that counts: the library goes on with the addresses behind it.
-    void onFailure(uint64_t line, int result) override {
+    void onFailure(size_t line, int result) override {
         if (ZX_FAILURE(failure)) return;
         failureLine = line;
         failure = result;
