@@ -162,4 +162,34 @@ TEST_P(SharingAList, DeletingReportsWhatTheStoreSays) {
     EXPECT_CODE(ZXREG_E_NOT_FOUND, deleteList());
 }
 
+// Other programs may have stored an address twice. As long as a copy is there, the list holds it.
+TEST_P(SharingAList, AnAddressStoredTwiceGoesOnMatchingUntilTheLastCopyIsGone) {
+    store({{"a@b.c", "d@e.f"}, {"A@b.c"}});
+    const Handle list = open();
+    EXPECT_CODE(ZXPOL_S_OK, remove(list, {"a@b.c"}));
+    EXPECT_EQ((Lines{"d@e.f", "A@b.c"}), addresses(list));
+    EXPECT_TRUE(holds("a@b.c"));
+    EXPECT_CODE(ZXPOL_S_OK, remove(list, {"a@b.c"}));
+    EXPECT_EQ(Lines{"d@e.f"}, addresses(list));
+    EXPECT_FALSE(holds("a@b.c"));
+    EXPECT_CODE(ZXPOL_E_NOT_FOUND, remove(list, {"a@b.c"}));
+}
+
+TEST_P(SharingAList, AListIsTheSameWithABackslashBehindItsName) {
+    const Handle list = create("L", {"a@b.c"});
+    const Handle same = open("L\\");
+    EXPECT_CODE(ZXPOL_S_OK, insert(same, {"d@e.f"}));
+    EXPECT_EQ((Lines{"a@b.c", "d@e.f"}), addresses(list));
+    EXPECT_CODE(ZXPOL_S_OK, insert(list, {"d@e.f"}));
+    EXPECT_EQ(imagesOf({{"a@b.c", "d@e.f"}}), images());
+}
+
+TEST_P(SharingAList, AnInsertionFillsTheLastValueWhoeverBeganIt) {
+    const Handle list = create("L", {zxtest::sized(500, 'a'), zxtest::sized(500, 'b')});
+    // Another program begins a value of its own.
+    key().setBytes("address2", ZXREG_MULTI_STRING, zxtest::imageOf({"x@y.z"}));
+    EXPECT_CODE(ZXPOL_S_OK, insert(list, {"d@e.f"}));
+    EXPECT_EQ(imagesOf({{zxtest::sized(500, 'a'), zxtest::sized(500, 'b')}, {"x@y.z", "d@e.f"}}), images());
+}
+
 }  // namespace

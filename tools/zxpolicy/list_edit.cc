@@ -24,7 +24,7 @@ class EditWatch : public ZxPolInsertWatch {
 public:
     explicit EditWatch(EditResult& result) : _result(result) {}
 
-    void onAddress(uint64_t /*place*/, const char* address, Fate fate) override {
+    void onAddress(size_t /*place*/, const char* address, Fate fate) override {
         if (fate == Fate::stored) ++_result.done;
         if (fate == Fate::present) ++_result.present;
         if (fate == Fate::invalid) _result.leftOver.push_back({0, address});
