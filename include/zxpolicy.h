@@ -161,6 +161,15 @@ typedef struct _ZxPolAddrListAttr {
     char filter[ZXPOL_FILTER_SIZE];   /* "filter": the search filter */
 } _ZxPolAddrListAttr;
 
+/* The attributes of an action. */
+typedef struct _ZxPolActionAttr {
+    char displayName[ZXPOL_NAME_SIZE];
+    char comment[ZXPOL_COMMENT_SIZE];
+    uint32_t order;           /* "order": 1-based position among the actions; the wanted one on creation */
+    uint32_t actionType;      /* "actionType": what the action is; a number of the caller's */
+    _ZxPolComHandle* setting; /* read only: the open key "setting", which the caller closes with zxreg_closeKey */
+} _ZxPolActionAttr;
+
 /* List kinds, as in _ZxPolAddrListAttr::type. */
 #define ZXPOL_ADDRLIST_NORMAL 0u
 #define ZXPOL_ADDRLIST_DIRECTORY 1u
@@ -210,6 +219,13 @@ ZXPOL_ENUM(ZxPolMatchWeightType){
     ZXPOL_WEIGHT_NAME_FIRST = 1,   /* name@*.domain above *@domain */
 };
 ZXPOL_ENUM_END(ZxPolMatchWeightType)
+
+/* What zxpol_checkReferInRule looks for. Any other number is referred to by no rule. */
+ZXPOL_ENUM(ZxPolRefEntity){
+    ZXPOL_REF_ADDRLIST = 0,       /* an address list, which conditions refer to */
+    ZXPOL_REF_CLASSIFICATION = 1, /* a classification, which texts of outcomes refer to */
+};
+ZXPOL_ENUM_END(ZxPolRefEntity)
 
 /* Options of the matching functions. */
 typedef struct _ZxPolMatchOption {
@@ -646,6 +662,131 @@ ZXPOL_API void zxpol_importAddress(_ZxPolComHandle* list, uint32_t format, uint3
  * size ZXPOL_E_BUFFER_TOO_SMALL   nothing is copied ZXPOL_E_NO_MORE_ITEMS      past the end
  */
 ZXPOL_API void zxpol_enumAddress(_ZxPolComHandle* list, uint32_t index, char* buffer, uint32_t* size, int* error);
+
+/* ---- classifications and actions ---------------------------------------------------------------------- */
+
+/*
+ * Opens the classification hive below the store key `key`, making it when missing. Close with
+ * zxpol_closeClassificationHive. ZXPOL_E_VERSION: the store holds a policy of a later major version.
+ */
+ZXPOL_API _ZxPolComHandle* zxpol_openClassificationHive(_ZxPolComHandle* key, int* error);
+
+/* Closes the hive, also when *error holds a failure; ZXPOL_S_OK then. */
+ZXPOL_API void zxpol_closeClassificationHive(_ZxPolComHandle* hive, int* error);
+
+/*
+ * Creates the classification `name` with the attributes given, or opens an existing one and changes its attributes.
+ * Close with zxpol_closeClassification.
+ *     ZXPOL_E_INVALID_ARG   null or empty name, null record, a text field without NUL
+ * When writing the attributes fails, the classification's key stays in the store.
+ */
+ZXPOL_API _ZxPolComHandle* zxpol_createClassification(_ZxPolComHandle* hive, const char* name,
+                                                      const _ZxPolCommAttrib* attr, int* error);
+
+/* Opens the classification `name`. Close with zxpol_closeClassification. ZXPOL_E_INVALID_ARG: null or empty name. */
+ZXPOL_API _ZxPolComHandle* zxpol_openClassification(_ZxPolComHandle* hive, const char* name, int* error);
+
+/* Deletes the classification `name` with its actions and their settings. ZXPOL_E_INVALID_ARG: null or empty name. */
+ZXPOL_API void zxpol_deleteClassification(_ZxPolComHandle* hive, const char* name, int* error);
+
+/*
+ * The name of the `index`-th classification in the store's order; *size as the store writes it.
+ *     ZXPOL_E_INVALID_ARG   null buffer or size
+ */
+ZXPOL_API void zxpol_enumClassification(_ZxPolComHandle* hive, uint32_t index, char* buffer, uint32_t* size,
+                                        int* error);
+
+/* Closes a classification, also when *error holds a failure; ZXPOL_S_OK then. */
+ZXPOL_API void zxpol_closeClassification(_ZxPolComHandle* classification, int* error);
+
+/*
+ * Reads the classification's comment and, when that succeeded, its display name. ZXPOL_E_INVALID_ARG: null record.
+ */
+ZXPOL_API void zxpol_getClassificationAttrib(_ZxPolComHandle* classification, _ZxPolCommAttrib* attr, int* error);
+
+/*
+ * Writes the classification's comment and its display name, whichever fails; the result is that of the display name.
+ * ZXPOL_E_INVALID_ARG: null record, a text field without NUL.
+ */
+ZXPOL_API void zxpol_setClassificationAttrib(_ZxPolComHandle* classification, const _ZxPolCommAttrib* attr, int* error);
+
+/*
+ * Creates the action `name` of a classification, or opens an existing one and changes its attributes. `attr->order` is
+ * the wanted position (0 or past the end appends); the position given to a new action is written back to it. Close
+ * with zxpol_closeAction.
+ *     ZXPOL_E_INVALID_ARG   null or empty name, null record, an order of 2^31 or above, a text field without NUL
+ * When writing the attributes fails, the action's key stays in the store.
+ */
+ZXPOL_API _ZxPolComHandle* zxpol_createAction(_ZxPolComHandle* classification, const char* name, _ZxPolActionAttr* attr,
+                                              int* error);
+
+/* Opens the action `name`. Close with zxpol_closeAction. ZXPOL_E_INVALID_ARG: null or empty name. */
+ZXPOL_API _ZxPolComHandle* zxpol_openAction(_ZxPolComHandle* classification, const char* name, int* error);
+
+/* Deletes the action `name` with its settings; the later ones move up. ZXPOL_E_INVALID_ARG: null or empty name. */
+ZXPOL_API void zxpol_deleteAction(_ZxPolComHandle* classification, const char* name, int* error);
+
+/* The name of the `index`-th action by position; as zxpol_enumRule. */
+ZXPOL_API void zxpol_enumAction(_ZxPolComHandle* classification, uint32_t index, char* buffer, uint32_t* size,
+                                int* error);
+
+/*
+ * Moves the action `name` to `position` (1-based; past the end is the end) and returns the position given, 0 on
+ * failure.
+ *     ZXPOL_E_INVALID_ARG   null or empty name, position below 1
+ *     ZXPOL_E_EXCEPTION     the action has no position
+ */
+ZXPOL_API uint32_t zxpol_setActionOrder(_ZxPolComHandle* classification, const char* name, uint32_t position,
+                                        int* error);
+
+/* Closes an action, also when *error holds a failure; ZXPOL_S_OK then. */
+ZXPOL_API void zxpol_closeAction(_ZxPolComHandle* action, int* error);
+
+/*
+ * Reads the action's comment and, when that succeeded, the others, whichever fail, and opens its key "setting" into
+ * attr->setting, a new handle at each call that the caller closes with zxreg_closeKey (null when it cannot be opened).
+ * The result is that of the last field, the action type. ZXPOL_E_INVALID_ARG: null record.
+ */
+ZXPOL_API void zxpol_getActionAttrib(_ZxPolComHandle* action, _ZxPolActionAttr* attr, int* error);
+
+/*
+ * Writes the action's comment, display name and type, whichever fails; the result is that of the type. Position and
+ * setting are not written. ZXPOL_E_INVALID_ARG: null record, a text field without NUL.
+ */
+ZXPOL_API void zxpol_setActionAttrib(_ZxPolComHandle* action, const _ZxPolActionAttr* attr, int* error);
+
+/* ---- references --------------------------------------------------------------------------------------- */
+
+/*
+ * Finds the first rule that refers to an address list or a classification: 1 when there is one, else 0. A rule refers
+ * to the list NAME when a side of one of its conditions is "(" NAME ")", and to the classification NAME when the text
+ * of an outcome of one of its tasks is NAME; letter case is ignored. Rules are looked at below `key`, a store key,
+ * children in their order before their parent. The rule's path goes to `path` (\ for the root, \A\B for B below A).
+ * *size is its capacity on entry, which must be greater than the path's length with NUL, and that length on return.
+ * Without a referring rule both stay untouched.
+ *     ZXPOL_E_INVALID_ARG        null name, path or size
+ *     ZXPOL_E_VERSION            the store holds a policy of a later major version; 0
+ *     ZXPOL_E_BUFFER_TOO_SMALL   *size is too small; the answer is 1 all the same
+ * Rules, tasks and conditions that cannot be read count as not referring; a root rule that cannot be opened is
+ * reported.
+ */
+ZXPOL_API int zxpol_checkReferInRule(_ZxPolComHandle* key, ZxPolRefEntity entity, const char* name, char* path,
+                                     uint32_t* size, int* error);
+
+/* ---- code pages --------------------------------------------------------------------------------------- */
+
+/*
+ * Converts `inputBytes` bytes of UTF-16 in the machine's byte order (an odd last byte is ignored) to UTF-8, and from
+ * UTF-8. Return the result code. *outputSize is the capacity of `output` in bytes on entry and the bytes produced on
+ * return. With a null `output` only the size is computed. No NUL is added; one in the input is converted like any
+ * character. `input` may be null when `inputBytes` is 0. Any thread may call at any time.
+ *     ZXPOL_E_INVALID_ARG        null outputSize, or null input of more than 0 bytes
+ *     ZXPOL_E_CONVERSION         the input is malformed; output and *outputSize are untouched
+ *     ZXPOL_E_BUFFER_TOO_SMALL   nothing is copied. mapFromUnicode writes the size needed to *outputSize, mapToUnicode
+ *                                writes inputBytes; twice inputBytes is always enough
+ */
+ZXPOL_API int mapFromUnicode(char* output, unsigned* outputSize, const char* input, unsigned inputBytes);
+ZXPOL_API int mapToUnicode(char* output, unsigned* outputSize, const char* input, unsigned inputBytes);
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -9,8 +9,11 @@
 #include "store/result.h"
 #include "zxpolicy.h"
 
+class ZxPolAction;
 class ZxPolAddrList;
 class ZxPolAddrListHive;
+class ZxPolClass;
+class ZxPolClassHive;
 class ZxPolRule;
 class ZxPolRuleHive;
 class ZxPolTask;
@@ -29,6 +32,12 @@ template <>
 inline constexpr uint32_t kHandleKind<ZxPolAddrListHive> = ZXPOL_HANDLE_ADDRLIST_HIVE;
 template <>
 inline constexpr uint32_t kHandleKind<ZxPolAddrList> = ZXPOL_HANDLE_ADDRLIST;
+template <>
+inline constexpr uint32_t kHandleKind<ZxPolClassHive> = ZXPOL_HANDLE_CLASS_HIVE;
+template <>
+inline constexpr uint32_t kHandleKind<ZxPolClass> = ZXPOL_HANDLE_CLASSIFICATION;
+template <>
+inline constexpr uint32_t kHandleKind<ZxPolAction> = ZXPOL_HANDLE_ACTION;
 template <>
 inline constexpr uint32_t kHandleKind<ZxPolRuleHive> = ZXPOL_HANDLE_RULE_HIVE;
 template <>
@@ -123,17 +132,22 @@ _ZxPolComHandle* open(_ZxPolComHandle* handle, int* error, Body body) {
                         [&](Object& object) { return wrap(std::unique_ptr<Made>(body(object)), error); });
 }
 
-// A function that opens a hive below a key of the store, behind the gate of the store's version:
-// body(key) returns a Hive* that the frame takes over.
+// A function on the policy below a key of the store, behind the gate of the store's version: body(key).
+template <class Body>
+auto callWithPolicy(_ZxPolComHandle* key, int* error, Body body) -> decltype(body(key)) {
+    using Result = decltype(body(key));
+    return callWithKey(key, error, [&](_ZxPolComHandle* storeKey) {
+        if (checkVersion(storeKey, error, nullptr)) return body(storeKey);
+        *error = ZXPOL_E_VERSION;
+        return Result();
+    });
+}
+
+// A function that opens a hive: body(key) returns a Hive* that the frame takes over.
 template <class Hive, class Body>
 _ZxPolComHandle* openHive(_ZxPolComHandle* key, int* error, Body body) {
-    return callWithKey(key, error, [&](_ZxPolComHandle* storeKey) -> _ZxPolComHandle* {
-        if (!checkVersion(storeKey, error, nullptr)) {
-            *error = ZXPOL_E_VERSION;
-            return nullptr;
-        }
-        return wrap(std::unique_ptr<Hive>(body(storeKey)), error);
-    });
+    return callWithPolicy(
+        key, error, [&](_ZxPolComHandle* storeKey) { return wrap(std::unique_ptr<Hive>(body(storeKey)), error); });
 }
 
 // Closes a handle, also when *error holds a failure: clean-up must work after an error.

@@ -2,8 +2,8 @@
 #include <memory>
 
 #include "frame/reg_debug.h"
-#include "match/child_walk.h"
 #include "match/rule_matcher.h"
+#include "rules/child_walk.h"
 #include "rules/rule.h"
 #include "store/result.h"
 

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "frame/reg_debug.h"
-#include "match/child_walk.h"
+#include "rules/child_walk.h"
 #include "rules/rule.h"
 #include "rules/rule_hive.h"
 #include "store/result.h"

@@ -154,8 +154,7 @@ void ZxPolRule::getAttribute(_ZxPolRuleAttr* attr, int* error) {
         return;
     }
     // The result is the last one's; what fails before is told by the field alone.
-    readText(_key.get(), "displayName", attr->displayName, error);
-    if (failed(*error)) attr->displayName[0] = '\0';
+    readTextOrEmpty(_key.get(), "displayName", attr->displayName, error);
     readNumber(_key.get(), "order", &attr->order, error);
     readNumber(_key.get(), "matchType", &attr->matchType, error);
 }

@@ -20,13 +20,6 @@ bool isMissing(const char* text) {
     return text == nullptr || *text == '\0';
 }
 
-// Reads a text; one that cannot be read is empty.
-template <size_t N>
-void readField(_ZxPolComHandle* key, const char* name, char (&field)[N], int* error) {
-    readText(key, name, field, error);
-    if (failed(*error)) field[0] = '\0';
-}
-
 }  // namespace
 
 ZxPolTask::ZxPolTask(_ZxPolComHandle* taskKey) : ZxPolTask(StoreKey(taskKey)) {}
@@ -47,8 +40,8 @@ void ZxPolTask::getAttribute(_ZxPolTaskAttr* attr, int* error) {
         return;
     }
     // What fails before the last step is told by the field alone.
-    readField(_key.get(), "comment", attr->comment, error);
-    readField(_key.get(), "displayName", attr->displayName, error);
+    readTextOrEmpty(_key.get(), "comment", attr->comment, error);
+    readTextOrEmpty(_key.get(), "displayName", attr->displayName, error);
     readNumber(_key.get(), "order", &attr->order, error);
     readNumber(_key.get(), "filter", &attr->filter, error);
     readNumber(_key.get(), "enable", &attr->enable, error);

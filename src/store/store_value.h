@@ -42,6 +42,13 @@ void readText(_ZxPolComHandle* key, const char* name, char (&field)[N], int* err
     readText(key, name, field, static_cast<uint32_t>(N), error);
 }
 
+// The same; a text that cannot be read is empty.
+template <size_t N>
+void readTextOrEmpty(_ZxPolComHandle* key, const char* name, char (&field)[N], int* error) {
+    readText(key, name, field, error);
+    if (failed(*error)) field[0] = '\0';
+}
+
 // Writes `text` with its NUL.
 void writeText(_ZxPolComHandle* key, const char* name, const char* text, int* error);
 

@@ -1,4 +1,4 @@
-#include "match/child_walk.h"
+#include "rules/child_walk.h"
 
 #include "rules/rule.h"
 #include "store/result.h"
