@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "rules/child_walk.h"
 #include "rules/rule.h"
@@ -44,7 +45,9 @@ ZxPolRefChecker::ZxPolRefChecker(_ZxPolComHandle* hiveKey, int* err) {
     try {
         _handlers = {{ZXPOL_REF_CLASSIFICATION, &ZxPolRefChecker::_checkClassInRule},
                      {ZXPOL_REF_ADDRLIST, &ZxPolRefChecker::_checkAddrInRule}};
-        _hive.reset(new ZxPolRuleHive(key.release(), 0));
+        // The key must not be let go of before there is memory for its new owner.
+        std::unique_ptr<ZxPolRuleHive> hive(new ZxPolRuleHive(key.release(), 0));
+        _hive = std::move(hive);
     } catch (const std::bad_alloc&) {
         result = ZXPOL_E_OUT_OF_MEMORY;
     }
