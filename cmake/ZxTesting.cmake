@@ -22,15 +22,26 @@ target_precompile_headers(zx_test_headers PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:<gt
   "$<$<COMPILE_LANGUAGE:CXX>:<memory$<ANGLE-R>>" "$<$<COMPILE_LANGUAGE:CXX>:<string$<ANGLE-R>>"
   "$<$<COMPILE_LANGUAGE:CXX>:<vector$<ANGLE-R>>" "$<$<COMPILE_LANGUAGE:C>:<stdint.h$<ANGLE-R>>")
 
-# zx_add_test(NAME SOURCES... [LIBRARIES ...] [SHARDS n]): a test program and its entries for ctest. The sources may be
-# a mix of C and C++. With SHARDS the program's tests are spread over that many processes.
+# Several test files are compiled as one: most of the time goes into what they all include. Names at the top of a file
+# must then be told apart from those of the others, or the program asks for SEPARATE files.
+option(ZX_JOIN_TESTS "Compile several test files as one" ON)
+# To warnings, a file that is part of another is a header, and a local name may well be one of another file's top.
+add_library(zx_joined INTERFACE)
+target_compile_options(zx_joined INTERFACE -Wno-shadow -Wshadow=local "$<$<COMPILE_LANGUAGE:CXX>:-Wno-subobject-linkage>")
+
+# zx_add_test(NAME SOURCES... [LIBRARIES ...] [SHARDS n] [SEPARATE]): a test program and its entries for ctest. The sources
+# may be a mix of C and C++. With SHARDS the program's tests are spread over that many processes.
 function(zx_add_test name)
-  cmake_parse_arguments(ARG "" "SHARDS" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ARG "SEPARATE" "SHARDS" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} GTest::gmock GTest::gtest_main zx_warnings Threads::Threads)
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_compile_options(${name} PRIVATE ${ZX_TEST_OPTIONS})
   target_precompile_headers(${name} REUSE_FROM zx_test_headers)
+  if(ZX_JOIN_TESTS AND NOT ARG_SEPARATE)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+    target_link_libraries(${name} PRIVATE zx_joined)
+  endif()
   if(NOT ARG_SHARDS)
     set(ARG_SHARDS 1)
   endif()

@@ -22,7 +22,7 @@ struct Told {
     }
 };
 
-class Recorder : public ZxPolInsertWatch {
+class WatchRecorder : public ZxPolInsertWatch {
 public:
     void onAddress(size_t place, const char* address, Fate fate) override { told.push_back({place, address, fate}); }
     void onFailure(size_t place, int result) override { failures.emplace_back(place, result); }
@@ -62,7 +62,7 @@ protected:
         return error;
     }
 
-    Recorder watch;
+    WatchRecorder watch;
 
 private:
     _ZxPolComHandle* _store = nullptr;
