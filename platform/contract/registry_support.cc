@@ -62,7 +62,8 @@ void Key::close() {
 Key openStore(const std::string& location, int* code) {
     int error = 0;
     _ZxPolComHandle* root = zxreg_openStore(location.c_str(), &error);
-    return finish(root, error, code, location + " " + (error < 0 ? zxreg_lastErrorText() : ""));
+    const bool canTellWhy = error < 0 && &zxreg_lastErrorText != nullptr;
+    return finish(root, error, code, location + " " + (canTellWhy ? zxreg_lastErrorText() : ""));
 }
 
 Key openKey(const Key& from, const std::string& path, int* code) {
