@@ -35,9 +35,13 @@ void ZxPolAction::getAttribute(_ZxPolActionAttr* attr, int* error) {
     attr->setting = succeeded(*error) ? setting.release() : nullptr;
 }
 
+bool ZxPolAction::isValidAttribute(const _ZxPolActionAttr* attr) {
+    return attr != nullptr && isTerminated(attr->comment) && isTerminated(attr->displayName);
+}
+
 void ZxPolAction::setAttribute(const _ZxPolActionAttr* attr, int* error) {
     if (error == nullptr) return;
-    if (attr == nullptr || !isTerminated(attr->comment) || !isTerminated(attr->displayName)) {
+    if (!isValidAttribute(attr)) {
         *error = ZXPOL_E_INVALID_ARG;
         return;
     }

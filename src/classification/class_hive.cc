@@ -33,6 +33,11 @@ ZxPolClass* ZxPolClassHive::openClassification(const char* name, int* error) {
 
 ZxPolClass* ZxPolClassHive::createClassification(const char* name, const _ZxPolCommAttrib* attrib, int* error) {
     if (error == nullptr) return nullptr;
+    // A missing record is found when it is to be written, after the key was made.
+    if (attrib != nullptr && !ZxPolClass::isValidAttribute(attrib)) {
+        *error = ZXPOL_E_INVALID_ARG;
+        return nullptr;
+    }
     return inUpdate(_entityKey(), error,
                     [&]() -> std::unique_ptr<ZxPolClass> {
                         StoreKey classKey(createChild(name, error, nullptr));

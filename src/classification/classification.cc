@@ -1,5 +1,6 @@
 #include "classification/classification.h"
 
+#include <memory>
 #include <utility>
 
 #include "classification/action.h"
@@ -27,36 +28,25 @@ ZxPolAction* ZxPolClass::openAction(const char* name, int* error) {
     return new ZxPolAction(std::move(actionKey));
 }
 
-std::unique_ptr<ZxPolAction> ZxPolClass::_createAction(const char* name, const _ZxPolActionAttr* attrib,
-                                                       uint32_t* order, int* error) {
-    if (attrib == nullptr) {
+ZxPolAction* ZxPolClass::createAction(const char* name, const _ZxPolActionAttr* attrib, int* error) {
+    if (error == nullptr) return nullptr;
+    if (!ZxPolAction::isValidAttribute(attrib)) {
         *error = ZXPOL_E_INVALID_ARG;
         return nullptr;
     }
-    *order = attrib->order;
-    return inUpdate(_entityKey(), error, [&]() -> std::unique_ptr<ZxPolAction> {
-        StoreKey actionKey(createChild(name, error, order));
-        if (failed(*error) || !actionKey) return nullptr;
-        auto action = std::make_unique<ZxPolAction>(std::move(actionKey));
-        action->makeSetting();
-        action->setAttribute(attrib, error);
-        if (*error == ZXPOL_E_NOT_SUPPORTED) *error = ZXPOL_S_OK;
-        return succeeded(*error) ? std::move(action) : nullptr;
-    });
-}
-
-ZxPolAction* ZxPolClass::createAction(const char* name, const _ZxPolActionAttr* attrib, int* error) {
-    if (error == nullptr) return nullptr;
-    uint32_t order = 0;
-    return _createAction(name, attrib, &order, error).release();
-}
-
-ZxPolAction* ZxPolClass::createAction(const char* name, _ZxPolActionAttr* attrib, int* error) {
-    if (error == nullptr) return nullptr;
-    uint32_t order = 0;
-    std::unique_ptr<ZxPolAction> action = _createAction(name, attrib, &order, error);
-    if (action != nullptr) attrib->order = order;
-    return action.release();
+    // The one field that comes back in a record to read.
+    auto* order = const_cast<uint32_t*>(&attrib->order);
+    return inUpdate(_entityKey(), error,
+                    [&]() -> std::unique_ptr<ZxPolAction> {
+                        StoreKey actionKey(createChild(name, error, order));
+                        if (failed(*error) || !actionKey) return nullptr;
+                        auto action = std::make_unique<ZxPolAction>(std::move(actionKey));
+                        action->makeSetting();
+                        action->setAttribute(attrib, error);
+                        if (*error == ZXPOL_E_NOT_SUPPORTED) *error = ZXPOL_S_OK;
+                        return succeeded(*error) ? std::move(action) : nullptr;
+                    })
+        .release();
 }
 
 void ZxPolClass::deleteAction(const char* name, int* error) {
@@ -87,9 +77,13 @@ void ZxPolClass::getAttribute(_ZxPolCommAttrib* attrib, int* error) {
     if (succeeded(*error)) readText(_entityKey(), "displayName", attrib->displayName, error);
 }
 
+bool ZxPolClass::isValidAttribute(const _ZxPolCommAttrib* attrib) {
+    return attrib != nullptr && isTerminated(attrib->comment) && isTerminated(attrib->displayName);
+}
+
 void ZxPolClass::setAttribute(const _ZxPolCommAttrib* attrib, int* error) {
     if (error == nullptr) return;
-    if (attrib == nullptr || !isTerminated(attrib->comment) || !isTerminated(attrib->displayName)) {
+    if (!isValidAttribute(attrib)) {
         *error = ZXPOL_E_INVALID_ARG;
         return;
     }

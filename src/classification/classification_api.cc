@@ -52,7 +52,7 @@ void zxpol_setClassificationAttrib(_ZxPolComHandle* classification, const _ZxPol
     frame::call<ZxPolClass>(classification, error, [&](ZxPolClass& owner) { owner.setAttribute(attr, error); });
 }
 
-_ZxPolComHandle* zxpol_createAction(_ZxPolComHandle* classification, const char* name, _ZxPolActionAttr* attr,
+_ZxPolComHandle* zxpol_createAction(_ZxPolComHandle* classification, const char* name, const _ZxPolActionAttr* attr,
                                     int* error) {
     return frame::open<ZxPolClass, ZxPolAction>(
         classification, error, [&](ZxPolClass& owner) { return owner.createAction(name, attr, error); });

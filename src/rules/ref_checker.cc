@@ -22,7 +22,7 @@ bool refersToList(const char* side, const char* name) {
     return kr_stricmp(std::string(side + 1, length - 2).c_str(), name) == 0;
 }
 
-// Whether an outcome of a task has the text `name`.
+// Whether an outcome of a task has the text `name`. One that is too long to be a name hides none behind it.
 bool hasOutcomeText(ZxPolTask& task, const char* name) {
     char outcome[kNameSize];
     char text[kNameSize + 1];
@@ -31,10 +31,18 @@ bool hasOutcomeText(ZxPolTask& task, const char* name) {
         uint32_t textSize = kNameSize;
         int result = ZXPOL_S_OK;
         task.enumOutcome(index, outcome, &outcomeSize, text, &textSize, &result);
+        if (hasReason(result, kReasonBufferTooSmall) && textSize > kNameSize) continue;
         if (failed(result)) return false;
         text[std::min(textSize, kNameSize)] = '\0';
         if (kr_stricmp(text, name) == 0) return true;
     }
+}
+
+// Opens a child, which knows its path: in a deep tree the walk must not keep another copy of each.
+ChildStep openChildOf(ZxPolRule& rule, const char* rulePath, uint32_t index, std::unique_ptr<ZxPolRule>& child) {
+    std::string path = rulePath;
+    int ignored = ZXPOL_S_OK;
+    return openChild(rule, index, path, child, &ignored);
 }
 
 }  // namespace
@@ -92,12 +100,10 @@ bool ZxPolRefChecker::_find(ZxPolRule* root, ZxPolRefEntity entity, const char* 
 bool ZxPolRefChecker::_checkInRule(ZxPolRule* rule, const char* rulePath, const char* name, _Test test,
                                    std::string& foundPath) {
     for (uint32_t index = 0;; ++index) {
-        std::string childPath = rulePath;
         std::unique_ptr<ZxPolRule> child;
-        int result = ZXPOL_S_OK;
-        switch (openChild(*rule, index, childPath, child, &result)) {
+        switch (openChildOf(*rule, rulePath, index, child)) {
             case ChildStep::opened:
-                if (_checkInRule(child.get(), childPath.c_str(), name, test, foundPath)) return true;
+                if (_checkInRule(child.get(), child->name().c_str(), name, test, foundPath)) return true;
                 break;
             case ChildStep::unopened:
                 break;

@@ -79,8 +79,8 @@ int ZxPolKeyEntity::getChildOrder(_ZxPolComHandle* container, const char* name) 
     return order;
 }
 
-// Reads the children with their positions. Success when the store's enumeration came to its end; else, and without
-// memory, the cache is left empty.
+// Reads the children with their positions. Success when the store's enumeration came to its end; when it did not, and
+// without memory, the cache is left empty. Without a container it stays as it was.
 void ZxPolKeyEntity::_rebuildCache(int* error) {
     try {
         _readChildren(error);

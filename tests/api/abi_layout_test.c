@@ -45,6 +45,13 @@ FIELD_AT(_ZxPolAddrListAttr, username, 1296);
 FIELD_AT(_ZxPolAddrListAttr, password, 1552);
 FIELD_AT(_ZxPolAddrListAttr, filter, 1592);
 
+SIZE_IS(_ZxPolActionAttr, 776 + POINTER);
+FIELD_AT(_ZxPolActionAttr, displayName, 0);
+FIELD_AT(_ZxPolActionAttr, comment, 256);
+FIELD_AT(_ZxPolActionAttr, order, 768);
+FIELD_AT(_ZxPolActionAttr, actionType, 772);
+FIELD_AT(_ZxPolActionAttr, setting, 776);
+
 SIZE_IS(_ZxPolAddrPairCond, 1024);
 FIELD_AT(_ZxPolAddrPairCond, sender, 0);
 FIELD_AT(_ZxPolAddrPairCond, receiver, 512);
@@ -70,7 +77,14 @@ SIZE_IS(ZxPolCondCheck, 4);
 SIZE_IS(ZxPolFilterPriorityType, 4);
 SIZE_IS(ZxPolMatchPriorityType, 4);
 SIZE_IS(ZxPolMatchWeightType, 4);
+SIZE_IS(ZxPolRefEntity, 4);
+SIZE_IS(unsigned, 4);
 SIZE_IS(int, 4);
+
+_Static_assert(ZXPOL_REF_ADDRLIST == 0 && ZXPOL_REF_CLASSIFICATION == 1, "kinds of entities");
+_Static_assert(ZXPOL_HANDLE_CLASS_HIVE == 0x110 && ZXPOL_HANDLE_CLASSIFICATION == 0x111 && ZXPOL_HANDLE_ACTION == 0x112,
+               "kinds of classification handles");
+_Static_assert((uint32_t)ZXPOL_E_CONVERSION == 0x81020009u, "a malformed text");
 
 _Static_assert(ZXPOL_S_OK == 0x01020000, "success");
 _Static_assert((uint32_t)ZXPOL_E_NO_MORE_ITEMS == 0x8102000cu, "a failure is negative");

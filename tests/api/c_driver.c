@@ -154,3 +154,56 @@ int zxtestListsFromC(void) {
     CHECK(ZX_SUCCESS(closePolicy(&policy)));
     return 0;
 }
+
+int zxtestClassificationsFromC(void) {
+    _ZxPolCommAttrib attr;
+    _ZxPolActionAttr actionAttr;
+    _ZxPolTaskAttr taskAttr;
+    _ZxPolComHandle *hive, *virus, *action, *task;
+    ZxPolRefEntity entity = ZXPOL_REF_CLASSIFICATION;
+    Policy policy;
+    char path[16] = "";
+    uint32_t size = sizeof path;
+    int error = openPolicy(&policy);
+    CHECK(ZX_SUCCESS(error));
+    hive = zxpol_openClassificationHive(policy.store, &error);
+    memset(&attr, 0, sizeof attr);
+    virus = zxpol_createClassification(hive, "Virus", &attr, &error);
+    CHECK(virus != NULL && virus->kind == ZXPOL_HANDLE_CLASSIFICATION);
+    memset(&actionAttr, 0, sizeof actionAttr);
+    actionAttr.actionType = 3;
+    action = zxpol_createAction(virus, "move", &actionAttr, &error);
+    CHECK(action != NULL && action->kind == ZXPOL_HANDLE_ACTION && actionAttr.order == 1);
+    memset(&actionAttr, 0, sizeof actionAttr);
+    zxpol_getActionAttrib(action, &actionAttr, &error);
+    CHECK(ZX_SUCCESS(error) && actionAttr.actionType == 3 && actionAttr.setting != NULL);
+    zxreg_setValue(actionAttr.setting, "folder", ZXREG_STRING, "/var", 5, &error);
+    zxreg_closeKey(actionAttr.setting, &error);
+    CHECK(zxpol_setActionOrder(virus, "move", 1, &error) == 1);
+
+    CHECK(zxpol_checkReferInRule(policy.store, entity, "virus", path, &size, &error) == 0 && size == sizeof path);
+    memset(&taskAttr, 0, sizeof taskAttr);
+    task = zxpol_createTask(policy.root, "scan", &taskAttr, &error);
+    zxpol_addOutcome(task, "infected", "Virus", &error);
+    CHECK(zxpol_checkReferInRule(policy.store, entity, "virus", path, &size, &error) == 1);
+    CHECK(ZX_SUCCESS(error) && strcmp(path, "\\") == 0 && size == 2);
+
+    zxpol_closeTask(task, &error);
+    zxpol_closeAction(action, &error);
+    zxpol_closeClassification(virus, &error);
+    zxpol_closeClassificationHive(hive, &error);
+    CHECK(ZX_SUCCESS(error) && ZX_SUCCESS(closePolicy(&policy)));
+    return 0;
+}
+
+int zxtestCodePagesFromC(void) {
+    uint16_t units[5];
+    char bytes[8];
+    unsigned size = sizeof units;
+    CHECK(mapToUnicode((char*)units, &size, "hello", 5) == ZXPOL_S_OK && size == 10 && units[4] == 'o');
+    size = sizeof bytes;
+    CHECK(mapFromUnicode(bytes, &size, (const char*)units, 10) == ZXPOL_S_OK && size == 5);
+    CHECK(memcmp(bytes, "hello", 5) == 0);
+    CHECK(mapToUnicode((char*)units, &size, "\xff", 1) == ZXPOL_E_CONVERSION && size == 5);
+    return 0;
+}

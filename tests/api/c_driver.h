@@ -18,6 +18,12 @@ int zxtestConditionsFromC(void);
 /* A directory list: its record from C. */
 int zxtestListsFromC(void);
 
+/* A classification with an action and its setting; the rule that refers to it. */
+int zxtestClassificationsFromC(void);
+
+/* A text to UTF-16 and back. */
+int zxtestCodePagesFromC(void);
+
 /* The sizes of the interface's types, which the compiler has checked already. */
 int zxtestLayoutFromC(void);
 

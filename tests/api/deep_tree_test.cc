@@ -82,6 +82,15 @@ TEST_P(DeepTree, IsMadeMatchedAndDeleted) {
         measure(mode == 0 ? "first match" : "best match",
                 [&] { EXPECT_EQ(expected, matched("s@x.example", {"r@x.example"}, mode)); });
     }
+    for (const ZxPolRefEntity entity : {ZXPOL_REF_ADDRLIST, ZXPOL_REF_CLASSIFICATION}) {
+        measure("searching for references", [&] {
+            char found[8] = "as is";
+            uint32_t size = sizeof found;
+            int error = ZXPOL_S_OK;
+            EXPECT_EQ(0, zxpol_checkReferInRule(store(), entity, "none", found, &size, &error));
+            EXPECT_CODE(ZXPOL_S_OK, error);
+        });
+    }
     measure("deleting a task with its marks", [&] {
         int error = ZXPOL_S_OK;
         zxpol_deleteTask(rule().get(), "top", &error);

@@ -81,6 +81,34 @@ TEST_P(HostileBuffer, ListNames) {
     checkArguments(zxpol_enumAddrList, listHive());
 }
 
+TEST_P(HostileBuffer, ClassificationAndActionNames) {
+    const _ZxPolCommAttrib classRecord{};
+    _ZxPolActionAttr actionRecord{};
+    int error = ZXPOL_S_OK;
+    const Handle hive(zxpol_openClassificationHive(store(), &error));
+    const Handle owner(zxpol_createClassification(hive.get(), "abc", &classRecord, &error));
+    const Handle action(zxpol_createAction(owner.get(), "abc", &actionRecord, &error));
+    ASSERT_GE(error, 0) << codeText(error);
+    checkNames(zxpol_enumClassification, hive.get(), withoutNul);
+    checkArguments(zxpol_enumClassification, hive.get());
+    checkNames(zxpol_enumAction, owner.get(), withNul);
+    checkArguments(zxpol_enumAction, owner.get());
+}
+
+TEST_P(HostileBuffer, PathsOfReferringRules) {
+    addRule("\\", "refers", "(list)");
+    for (uint32_t capacity = 0; capacity <= 12; ++capacity) {
+        GuardedBuffer path(capacity);
+        uint32_t size = capacity;
+        int error = ZXPOL_S_OK;
+        EXPECT_EQ(1, zxpol_checkReferInRule(store(), ZXPOL_REF_ADDRLIST, "list", path.get(), &size, &error));
+        EXPECT_EQ(8u, size) << capacity;
+        EXPECT_TRUE(path.isIntact()) << capacity;
+        EXPECT_CODE(capacity > 8 ? ZXPOL_S_OK : ZXPOL_E_BUFFER_TOO_SMALL, error) << capacity;
+        EXPECT_EQ(capacity <= 8, path.isUntouched()) << capacity;
+    }
+}
+
 TEST_P(HostileBuffer, Conditions) {
     const Handle root = rule();
     for (const uint32_t capacity : {0u, 1u, 512u, 1023u}) {

@@ -17,7 +17,23 @@ protected:
         addRule("\\", "A", "*@a.example");
         addTask("\\A", "t", {26, 1, 1, 0});
         addDirectoryList("Dir");
+        int error = ZXPOL_S_OK;
+        const _ZxPolCommAttrib attr{};
+        _ZxPolActionAttr actionAttr{};
+        _classHive.reset(zxpol_openClassificationHive(store(), &error));
+        _classification.reset(zxpol_createClassification(classHive(), "Class", &attr, &error));
+        _action.reset(zxpol_createAction(classification(), "act", &actionAttr, &error));
+        ASSERT_GE(error, 0) << codeText(error);
     }
+    void TearDown() override {
+        _action.reset();
+        _classification.reset();
+        _classHive.reset();
+        PolicyTest::TearDown();
+    }
+    _ZxPolComHandle* classHive() const { return _classHive.get(); }
+    _ZxPolComHandle* classification() const { return _classification.get(); }
+    _ZxPolComHandle* action() const { return _action.get(); }
 
     std::string content() const { return describe(readStore(store())); }
 
@@ -83,6 +99,30 @@ protected:
         expectRefused(ZXPOL_E_INVALID_ARG, std::string("changing a list, ") + name,
                       [&](int* error) { zxpol_setAddrListAttrib(target.get(), record.get(), error); });
     }
+
+    template <size_t N>
+    void refuseClassification(char (_ZxPolCommAttrib::*field)[N], const char* name) const {
+        const auto record = unterminated(field);
+        expectRefused(ZXPOL_E_INVALID_ARG, std::string("creating an existing classification, ") + name,
+                      [&](int* error) {
+                          EXPECT_EQ(nullptr, zxpol_createClassification(classHive(), "Class", record.get(), error));
+                      });
+        expectRefused(ZXPOL_E_INVALID_ARG, std::string("changing a classification, ") + name,
+                      [&](int* error) { zxpol_setClassificationAttrib(classification(), record.get(), error); });
+    }
+
+    template <size_t N>
+    void refuseAction(char (_ZxPolActionAttr::*field)[N], const char* name) const {
+        const auto record = unterminated(field);
+        expectRefused(ZXPOL_E_INVALID_ARG, std::string("creating an existing action, ") + name, [&](int* error) {
+            EXPECT_EQ(nullptr, zxpol_createAction(classification(), "act", record.get(), error));
+        });
+        expectRefused(ZXPOL_E_INVALID_ARG, std::string("changing an action, ") + name,
+                      [&](int* error) { zxpol_setActionAttrib(action(), record.get(), error); });
+    }
+
+private:
+    Handle _classHive, _classification, _action;
 };
 
 // ---- texts without an end ---------------------------------------------------------------------------------
@@ -105,6 +145,13 @@ TEST_P(HostileInput, ListRecordsWithoutNul) {
     refuseList(&_ZxPolAddrListAttr::username, "username");
     refuseList(&_ZxPolAddrListAttr::password, "password");
     refuseList(&_ZxPolAddrListAttr::filter, "filter");
+}
+
+TEST_P(HostileInput, ClassificationAndActionRecordsWithoutNul) {
+    refuseClassification(&_ZxPolCommAttrib::displayName, "displayName");
+    refuseClassification(&_ZxPolCommAttrib::comment, "comment");
+    refuseAction(&_ZxPolActionAttr::displayName, "displayName");
+    refuseAction(&_ZxPolActionAttr::comment, "comment");
 }
 
 TEST_P(HostileInput, ConditionsWithoutNulAreMalformed) {
@@ -150,6 +197,8 @@ TEST_P(HostileInput, NullAndEmptyNames) {
     _ZxPolTaskAttr taskRecord{};
     _ZxPolAddrListAttr listRecord{};
     listRecord.type = ZXPOL_ADDRLIST_DIRECTORY;
+    const _ZxPolCommAttrib classRecord{};
+    _ZxPolActionAttr actionRecord{};
     const Conditions any{{"*", "*"}};
     char buffer[64];
     uint32_t size = sizeof buffer;
@@ -179,6 +228,19 @@ TEST_P(HostileInput, NullAndEmptyNames) {
          [&](const char* n, int* e) { EXPECT_EQ(nullptr, zxpol_createAddrList(listHive(), n, &listRecord, e)); }},
         {"openAddrList", [&](const char* n, int* e) { EXPECT_EQ(nullptr, zxpol_openAddrList(listHive(), n, e)); }},
         {"deleteAddrList", [&](const char* n, int* e) { zxpol_deleteAddrList(listHive(), n, e); }},
+        {"createClassification",
+         [&](const char* n, int* e) {
+             EXPECT_EQ(nullptr, zxpol_createClassification(classHive(), n, &classRecord, e));
+         }},
+        {"openClassification",
+         [&](const char* n, int* e) { EXPECT_EQ(nullptr, zxpol_openClassification(classHive(), n, e)); }},
+        {"deleteClassification", [&](const char* n, int* e) { zxpol_deleteClassification(classHive(), n, e); }},
+        {"createAction",
+         [&](const char* n, int* e) { EXPECT_EQ(nullptr, zxpol_createAction(classification(), n, &actionRecord, e)); }},
+        {"openAction", [&](const char* n, int* e) { EXPECT_EQ(nullptr, zxpol_openAction(classification(), n, e)); }},
+        {"deleteAction", [&](const char* n, int* e) { zxpol_deleteAction(classification(), n, e); }},
+        {"setActionOrder",
+         [&](const char* n, int* e) { EXPECT_EQ(0u, zxpol_setActionOrder(classification(), n, 1, e)); }},
     };
     for (const auto& [what, use] : uses) {
         const Use& call = use;
@@ -218,6 +280,12 @@ TEST_P(HostileInput, NullRecordsAndLists) {
         {"createAddrList", [&](int* e) { zxpol_createAddrList(lists, "n", nullptr, e); }},
         {"getAddrListAttrib", [&](int* e) { zxpol_getAddrListAttrib(dir.get(), nullptr, e); }},
         {"setAddrListAttrib", [&](int* e) { zxpol_setAddrListAttrib(dir.get(), nullptr, e); }},
+        {"createAction", [&](int* e) { zxpol_createAction(classification(), "n", nullptr, e); }},
+        {"createClassification", [&](int* e) { zxpol_createClassification(classHive(), "Class", nullptr, e); }},
+        {"getClassificationAttrib", [&](int* e) { zxpol_getClassificationAttrib(classification(), nullptr, e); }},
+        {"setClassificationAttrib", [&](int* e) { zxpol_setClassificationAttrib(classification(), nullptr, e); }},
+        {"getActionAttrib", [&](int* e) { zxpol_getActionAttrib(action(), nullptr, e); }},
+        {"setActionAttrib", [&](int* e) { zxpol_setActionAttrib(action(), nullptr, e); }},
         {"enumExclusiveFilterType, filter",
          [&](int* e) { zxpol_enumExclusiveFilterType(rules, 0, nullptr, &type, e); }},
         {"enumExclusiveFilterType, type",
@@ -249,6 +317,8 @@ TEST_P(HostileInput, NumbersOutOfRange) {
     taskOrder.order = 0xffffffffu;
     _ZxPolAddrListAttr type2{};
     type2.type = 2;
+    _ZxPolActionAttr actionOrder{};
+    actionOrder.order = 0x80000000u;
     const std::vector<std::pair<const char*, std::function<void(int*)>>> uses = {
         {"rule, type", [&](int* e) { zxpol_createRule(root.get(), "n", &negativeType, any.list(), e); }},
         {"rule, type changed", [&](int* e) { zxpol_setRuleAttrib(root.get(), &negativeType, e); }},
@@ -259,6 +329,9 @@ TEST_P(HostileInput, NumbersOutOfRange) {
         {"task, overridable changed", [&](int* e) { zxpol_setTaskAttrib(t.get(), &overridable2, e); }},
         {"task, order", [&](int* e) { zxpol_createTask(root.get(), "n", &taskOrder, e); }},
         {"list, type", [&](int* e) { zxpol_createAddrList(listHive(), "n", &type2, e); }},
+        {"action, order", [&](int* e) { zxpol_createAction(classification(), "n", &actionOrder, e); }},
+        {"action, position 0", [&](int* e) { zxpol_setActionOrder(classification(), "act", 0, e); }},
+        {"action, position -1", [&](int* e) { zxpol_setActionOrder(classification(), "act", 0xffffffffu, e); }},
         {"position 0", [&](int* e) { zxpol_setRuleOrder(root.get(), "A", 0, e); }},
         {"position -1", [&](int* e) { zxpol_setRuleOrder(root.get(), "A", 0xffffffffu, e); }},
         {"exclusive 2",
@@ -306,11 +379,70 @@ TEST_P(HostileInput, NamesThatAreTooLong) {
         error = ZXPOL_S_OK;
         zxpol_addOutcome(task().get(), name.c_str(), "value", &error);
         EXPECT_TRUE(ZX_FAILURE(error)) << length;
+        const _ZxPolCommAttrib classRecord{};
+        _ZxPolActionAttr actionRecord{};
+        error = ZXPOL_S_OK;
+        EXPECT_EQ(nullptr, zxpol_createClassification(classHive(), name.c_str(), &classRecord, &error));
+        EXPECT_TRUE(ZX_FAILURE(error)) << length;
+        error = ZXPOL_S_OK;
+        EXPECT_EQ(nullptr, zxpol_createAction(classification(), name.c_str(), &actionRecord, &error));
+        EXPECT_TRUE(ZX_FAILURE(error)) << length;
         EXPECT_EQ(before, content()) << length;
         expectRefused(ZXPOL_E_INVALID_ARG, "mark",
                       [&](int* e) { zxpol_inactivateTask(root.get(), name.c_str(), 0, e); });
         expectRefused(ZXPOL_E_INVALID_ARG, "activity",
                       [&](int* e) { EXPECT_EQ(0, zxpol_isTaskActive(root.get(), name.c_str(), e)); });
+    }
+}
+
+TEST_P(HostileInput, LongestNamesOfClassificationsAndActions) {
+    const std::string longest(255, 'n');
+    const _ZxPolCommAttrib classRecord{};
+    _ZxPolActionAttr actionRecord{};
+    int error = ZXPOL_S_OK;
+    const Handle made(zxpol_createClassification(classHive(), longest.c_str(), &classRecord, &error));
+    const Handle act(zxpol_createAction(made.get(), longest.c_str(), &actionRecord, &error));
+    EXPECT_CODE(ZXPOL_S_OK, error);
+    EXPECT_EQ("Class " + longest, names(zxpol_enumClassification, classHive()));
+    EXPECT_EQ(longest, names(zxpol_enumAction, made.get()));
+    EXPECT_EQ(1u, zxpol_setActionOrder(made.get(), longest.c_str(), 1, &error));
+    zxpol_deleteAction(made.get(), longest.c_str(), &error);
+    zxpol_deleteClassification(classHive(), longest.c_str(), &error);
+    EXPECT_CODE(ZXPOL_S_OK, error);
+}
+
+TEST_P(HostileInput, OddNamesOfClassificationsAndActions) {
+    for (const char* name : {"\x01\n\t\x7f", "\xc3\xa9\xff\x80", " ", "%s%n%x", "a/b", "..", "(x)"}) {
+        SCOPED_TRACE(name);
+        const _ZxPolCommAttrib classRecord{};
+        _ZxPolActionAttr actionRecord{};
+        int error = ZXPOL_S_OK;
+        const Handle made(zxpol_createClassification(classHive(), name, &classRecord, &error));
+        const Handle act(zxpol_createAction(made.get(), name, &actionRecord, &error));
+        EXPECT_CODE(ZXPOL_S_OK, error);
+        EXPECT_EQ(std::string("Class ") + name, names(zxpol_enumClassification, classHive()));
+        EXPECT_EQ(name, names(zxpol_enumAction, made.get()));
+        zxpol_deleteClassification(classHive(), name, &error);
+        EXPECT_CODE(ZXPOL_S_OK, error);
+    }
+}
+
+TEST_P(HostileInput, OddNamesAreReferredToByNothing) {
+    addRule("\\A", "bait", "(Dir)");
+    const std::string endless(100000, '(');
+    for (const std::string& name : {std::string(), std::string("("), std::string(")"), std::string("()"), endless,
+                                    std::string("%s%n"), std::string("\xff\xfe"), std::string("Dir)"),
+                                    std::string("(Dir"), std::string("(Dir)"), std::string("Dir ")}) {
+        for (const uint32_t entity : {0u, 1u, 2u, 0xffffffffu}) {
+            char path[8] = "as is";
+            uint32_t size = sizeof path;
+            int error = ZXPOL_S_OK;
+            EXPECT_EQ(0, zxpol_checkReferInRule(store(), static_cast<ZxPolRefEntity>(entity), name.c_str(), path, &size,
+                                                &error));
+            EXPECT_CODE(ZXPOL_S_OK, error);
+            EXPECT_STREQ("as is", path);
+            EXPECT_EQ(8u, size);
+        }
     }
 }
 
@@ -386,6 +518,8 @@ TEST_P(HostileInput, LoneBackslashIsNoChild) {
     _ZxPolTaskAttr taskRecord{};
     _ZxPolAddrListAttr listRecord{};
     listRecord.type = ZXPOL_ADDRLIST_DIRECTORY;
+    const _ZxPolCommAttrib classRecord{};
+    _ZxPolActionAttr actionRecord{};
     const Conditions any{{"*", "*"}};
     const std::vector<std::pair<const char*, std::function<void(int*)>>> uses = {
         {"createRule", [&](int* e) { Handle(zxpol_createRule(root.get(), "\\", &ruleRecord, any.list(), e)); }},
@@ -396,6 +530,12 @@ TEST_P(HostileInput, LoneBackslashIsNoChild) {
         {"deleteTask", [&](int* e) { zxpol_deleteTask(root.get(), "\\", e); }},
         {"createAddrList", [&](int* e) { Handle(zxpol_createAddrList(listHive(), "\\", &listRecord, e)); }},
         {"deleteAddrList", [&](int* e) { zxpol_deleteAddrList(listHive(), "\\", e); }},
+        {"createClassification",
+         [&](int* e) { Handle(zxpol_createClassification(classHive(), "\\", &classRecord, e)); }},
+        {"deleteClassification", [&](int* e) { zxpol_deleteClassification(classHive(), "\\", e); }},
+        {"createAction", [&](int* e) { Handle(zxpol_createAction(classification(), "\\", &actionRecord, e)); }},
+        {"deleteAction", [&](int* e) { zxpol_deleteAction(classification(), "\\", e); }},
+        {"setActionOrder", [&](int* e) { zxpol_setActionOrder(classification(), "\\", 1, e); }},
     };
     for (const auto& [what, use] : uses)
         expectRefused(ZXPOL_E_INVALID_ARG, what, use);

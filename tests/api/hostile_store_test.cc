@@ -340,6 +340,95 @@ TEST_P(HostileContent, ExclusiveFilterTypesOfOddSizes) {
     expectMatchesStillEnd();
 }
 
+TEST_P(HostileContent, ClassificationTextsOfOddTypesAndSizes) {
+    int error = ZXPOL_S_OK;
+    const Handle hive(zxpol_openClassificationHive(store(), &error));
+    RawKey stored = raw("Classification").makeKey("C");
+    const Handle c(zxpol_openClassification(hive.get(), "C", &error));
+    _ZxPolCommAttrib attr;
+    for (const uint32_t type : kOtherTypes) {
+        std::memset(&attr, 'x', sizeof attr);
+        stored.setBytes("comment", type, std::string(512, 'c'));
+        stored.setBytes("displayName", type, std::string(256, 'd'));
+        zxpol_getClassificationAttrib(c.get(), &attr, &error);
+        EXPECT_CODE(ZXPOL_S_OK, error);
+        EXPECT_EQ(std::string(511, 'c'), std::string(attr.comment, strnlen(attr.comment, 512)));
+        EXPECT_EQ(std::string(255, 'd'), std::string(attr.displayName, strnlen(attr.displayName, 256)));
+        stored.setBytes("comment", type, "");
+        zxpol_getClassificationAttrib(c.get(), &attr, &error);
+        EXPECT_STREQ("", attr.comment);
+    }
+    stored.setText("comment", std::string(512, 'c'));
+    zxpol_getClassificationAttrib(c.get(), &attr, &error);
+    EXPECT_EQ(6u, reasonOf(error)) << codeText(error);
+}
+
+TEST_P(HostileContent, ActionValuesOfOddTypesAndSizes) {
+    int error = ZXPOL_S_OK;
+    const Handle hive(zxpol_openClassificationHive(store(), &error));
+    const _ZxPolCommAttrib classRecord{};
+    _ZxPolActionAttr attr{};
+    const Handle c(zxpol_createClassification(hive.get(), "C", &classRecord, &error));
+    const Handle action(zxpol_createAction(c.get(), "a", &attr, &error));
+    ASSERT_GE(error, 0) << codeText(error);
+    RawKey stored = raw("Classification\\C\\actions\\a");
+    stored.setBytes("comment", ZXREG_MULTI_STRING, std::string(512, 'c'));
+    stored.setBytes("displayName", ZXREG_PROTECTED_STRING, std::string(256, 'd'));
+    stored.setText("order", "a long text in the place of a number");
+    std::memset(&attr, 'x', sizeof attr);
+    zxpol_getActionAttrib(action.get(), &attr, &error);
+    ASSERT_EQ(codeText(ZXPOL_S_OK), codeText(error));
+    Handle(attr.setting).reset();
+    EXPECT_EQ(std::string(511, 'c'), std::string(attr.comment, strnlen(attr.comment, 512)));
+    EXPECT_EQ(std::string(255, 'd'), std::string(attr.displayName, strnlen(attr.displayName, 256)));
+    EXPECT_EQ(0x78787878u, attr.order);
+    EXPECT_EQ(0u, attr.actionType);
+    stored.setText("displayName", std::string(256, 'd'));
+    zxpol_getActionAttrib(action.get(), &attr, &error);
+    Handle(attr.setting).reset();
+    EXPECT_CODE(ZXPOL_S_OK, error);
+    EXPECT_TRUE(isTerminated(attr.displayName));
+    for (const std::string& type : {std::string(), std::string("ab"), std::string("a long text")}) {
+        stored.setBytes("actionType", ZXREG_MULTI_STRING, type);
+        attr = {};
+        error = ZXPOL_S_OK;
+        zxpol_getActionAttrib(action.get(), &attr, &error);
+        EXPECT_TRUE(ZX_FAILURE(error)) << type;
+        EXPECT_EQ(0u, attr.actionType) << type;
+        const Handle setting(attr.setting);
+    }
+}
+
+// Whichever way the rules are broken, the search for references ends, and finds what can be read.
+TEST_P(HostileContent, ReferencesInBrokenRules) {
+    const auto find = [&](ZxPolRefEntity entity) -> std::string {
+        char path[64] = "none";
+        uint32_t size = sizeof path;
+        int error = ZXPOL_S_OK;
+        zxpol_checkReferInRule(store(), entity, "found", path, &size, &error);
+        EXPECT_CODE(ZXPOL_S_OK, error);
+        return path;
+    };
+    RawKey a = rawRule("\\A");
+    RawKey outcomes = RawKey(rawTask().handle(), "Classification");
+    for (const std::string& text :
+         {std::string(), std::string(","), std::string("("), std::string("(,("), std::string("no comma"),
+          std::string(1023, '('), std::string(2047, '('), "(" + std::string(600, 'x') + "),(found)"}) {
+        a.setText("condition1", text);
+        EXPECT_EQ("none", find(ZXPOL_REF_ADDRLIST)) << text.substr(0, 20);
+    }
+    a.setBytes("condition1", ZXREG_MULTI_STRING, "(found),*");
+    EXPECT_EQ("none", find(ZXPOL_REF_ADDRLIST)) << "of another type";
+    a.setText("condition1", "(found,(FOUND)");
+    EXPECT_EQ("\\A", find(ZXPOL_REF_ADDRLIST));
+    outcomes.setBytes("full", ZXREG_MULTI_STRING, std::string(256, 'x'));
+    outcomes.setBytes("none", ZXREG_MULTI_STRING, "");
+    outcomes.setNumber("number", 0x41414141);
+    EXPECT_EQ("none", find(ZXPOL_REF_CLASSIFICATION));
+    outcomes.setBytes("last", ZXREG_PROTECTED_STRING, "found");
+    EXPECT_EQ("\\A", find(ZXPOL_REF_CLASSIFICATION)) << "a text that ends without NUL";
+}
+
 TEST_P(HostileContent, ListTypes) {
     RawKey dir = raw("AddressList\\Dir");
     int error = ZXPOL_S_OK;

@@ -18,6 +18,7 @@ std::vector<Scenario> allScenarios() {
     append(all, matchScenarios());
     append(all, addressListScenarios());
     append(all, normalListScenarios());
+    append(all, classificationScenarios());
     return all;
 }
 

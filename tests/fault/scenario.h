@@ -50,6 +50,7 @@ const std::vector<Scenario>& taskScenarios();
 const std::vector<Scenario>& matchScenarios();
 const std::vector<Scenario>& addressListScenarios();
 const std::vector<Scenario>& normalListScenarios();
+const std::vector<Scenario>& classificationScenarios();
 std::vector<Scenario> allScenarios();
 
 // Takes what an opening function returned: notes a broken promise, and closes it.

@@ -65,6 +65,25 @@ void makeLists(_ZxPolComHandle* hive) {
     }
 }
 
+void makeClassifications(_ZxPolComHandle* store) {
+    int error = ZXPOL_S_OK;
+    _ZxPolComHandle* hive = zxpol_openClassificationHive(store, &error);
+    for (const char* name : {"Infected", "Clean"}) {
+        const _ZxPolCommAttrib attr = commonAttr(name);
+        zxpol_closeClassification(zxpol_createClassification(hive, name, &attr, &error), &error);
+        demand(error, name);
+    }
+    _ZxPolComHandle* infected = zxpol_openClassification(hive, "Infected", &error);
+    uint32_t type = 0;
+    for (const char* name : {"move", "tell", "log"}) {
+        _ZxPolActionAttr attr = actionAttr(name, ++type);
+        zxpol_closeAction(zxpol_createAction(infected, name, &attr, &error), &error);
+        demand(error, name);
+    }
+    zxpol_closeClassification(infected, &error);
+    zxpol_closeClassificationHive(hive, &error);
+}
+
 void makePolicy(_ZxPolComHandle* store) {
     int error = ZXPOL_S_OK;
     _ZxPolComHandle* lists = zxpol_openAddrListHive(store, &error);
@@ -80,6 +99,7 @@ void makePolicy(_ZxPolComHandle* store) {
     makeRuleA(root);
     closeRule(makeRule(root, "D", {pairOf("(Dir)", "*")}));
     closeRule(makeRule(root, "E", {pairOf("*", "carol@z.example")}));
+    makeClassifications(store);
     closeRule(root);
     zxpol_closeRuleHive(rules, &error);
     zxpol_closeAddrListHive(lists, &error);
@@ -206,6 +226,9 @@ World::World(Start start) : store(openMemoryStore()) {
     a = zxpol_openRule(root, "A", &error);
     task = zxpol_openTask(a, "t", &error);
     list = zxpol_openAddrList(listHive, "Dir", &error);
+    classHive = zxpol_openClassificationHive(store, &error);
+    classification = zxpol_openClassification(classHive, "Infected", &error);
+    action = zxpol_openAction(classification, "tell", &error);
     demand(error, "opening");
 }
 
@@ -244,6 +267,9 @@ World::~World() {
 
 void World::close() {
     int error = ZXPOL_S_OK;
+    zxpol_closeAction(action, &error);
+    zxpol_closeClassification(classification, &error);
+    zxpol_closeClassificationHive(classHive, &error);
     zxpol_closeAddrList(list, &error);
     zxpol_closeTask(task, &error);
     zxpol_closeRule(a, &error);
@@ -251,6 +277,7 @@ void World::close() {
     zxpol_closeRuleHive(ruleHive, &error);
     zxpol_closeAddrListHive(listHive, &error);
     if (store != nullptr) zxreg_closeKey(store, &error);
+    action = classification = classHive = nullptr;
     list = task = a = root = ruleHive = listHive = store = nullptr;
 }
 

@@ -33,6 +33,7 @@ enum class Start { emptyStore, policy, lists };
  *   \A\C      *@a.example to *@y.example
  *   \D        (Dir) to *, which no mail can be checked against
  *   \E        * to carol@z.example
+ *   classes   Infected (actions move, tell and log of the types 1 to 3), Clean
  */
 /*
  * The lists, each of normal kind:
@@ -43,8 +44,9 @@ enum class Start { emptyStore, policy, lists };
  */
 class World {
 public:
-    // An empty store, or one with the policy, where the hives, the rules \, \A and the task \A\t are open and so is the
-    // list Dir, or one with the lists, where the hives, the rule \ and the list Open are.
+    // An empty store, or one with the policy, where the hives, the rules \, \A and the task \A\t are open and so are
+    // the list Dir, the classification Infected and its action tell, or one with the lists, where the hives of rules
+    // and lists, the rule \ and the list Open are.
     explicit World(Start start);
     ~World();
     World(const World&) = delete;
@@ -72,6 +74,9 @@ public:
     _ZxPolComHandle* a = nullptr;
     _ZxPolComHandle* task = nullptr;
     _ZxPolComHandle* list = nullptr;
+    _ZxPolComHandle* classHive = nullptr;
+    _ZxPolComHandle* classification = nullptr;
+    _ZxPolComHandle* action = nullptr;
 };
 
 }  // namespace zxtest

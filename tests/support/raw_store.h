@@ -51,6 +51,15 @@ struct HandleCloser {
             case ZXPOL_HANDLE_ADDRLIST:
                 zxpol_closeAddrList(handle, &error);
                 break;
+            case ZXPOL_HANDLE_CLASS_HIVE:
+                zxpol_closeClassificationHive(handle, &error);
+                break;
+            case ZXPOL_HANDLE_CLASSIFICATION:
+                zxpol_closeClassification(handle, &error);
+                break;
+            case ZXPOL_HANDLE_ACTION:
+                zxpol_closeAction(handle, &error);
+                break;
             default:
                 ADD_FAILURE() << "a handle of the unknown kind " << handle->kind;
         }

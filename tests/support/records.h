@@ -85,6 +85,22 @@ inline _ZxPolAddrListAttr normalAttr(const std::string& displayName) {
     return attr;
 }
 
+inline _ZxPolCommAttrib commonAttr(const std::string& displayName) {
+    _ZxPolCommAttrib attr{};
+    setText(attr.displayName, displayName);
+    setText(attr.comment, "of " + displayName);
+    return attr;
+}
+
+inline _ZxPolActionAttr actionAttr(const std::string& displayName, uint32_t actionType = 0, uint32_t order = 0) {
+    _ZxPolActionAttr attr{};
+    setText(attr.displayName, displayName);
+    setText(attr.comment, "of " + displayName);
+    attr.order = order;
+    attr.actionType = actionType;
+    return attr;
+}
+
 // A valid address that takes `bytes` bytes with its NUL; `name` is its local part, so that "*" makes a pattern.
 inline std::string addressOf(const std::string& name, size_t bytes) {
     return name + "@" + std::string(bytes - name.size() - 2, 'x');

@@ -56,8 +56,23 @@ std::shared_ptr<Node> walk(_ZxPolComHandle* key, std::string path, bool make) {
     return node;
 }
 
+// Notes a call; the code that it is to fail with, or 0.
+int plannedFailure(const char* call, const std::string& name, const std::map<std::string, int>& failing) {
+    zxtest::ownStore().calls.push_back(call + (" " + name));
+    const auto found = failing.find(name);
+    if (found == failing.end() || zxtest::ownStore().spared[name]-- > 0) return 0;
+    return found->second;
+}
+
 _ZxPolComHandle* open(_ZxPolComHandle* key, const char* name, bool make, int* error) {
-    std::shared_ptr<Node> node = walk(key, name, make);
+    const zxtest::OwnStore& plan = zxtest::ownStore();
+    const int failure =
+        make ? plannedFailure("create", name, plan.failingMakes) : plannedFailure("open", name, plan.failingOpens);
+    std::shared_ptr<Node> node = failure == 0 || plan.givesKeysWithFailures ? walk(key, name, make) : nullptr;
+    if (failure != 0) {
+        *error = failure;
+        return node == nullptr ? nullptr : handleTo(std::move(node));
+    }
     *error = node == nullptr ? zxtest::kOwnMissing : zxtest::kOwnOk;
     return node == nullptr ? nullptr : handleTo(std::move(node));
 }
@@ -140,17 +155,16 @@ void zxreg_deleteKey(_ZxPolComHandle* key, const char* name, int* error) {
 }
 
 void zxreg_queryValue(_ZxPolComHandle* key, const char* name, uint32_t* type, void* data, uint32_t* size, int* error) {
+    *error = plannedFailure("get", name, zxtest::ownStore().failingReads);
+    if (*error != 0) return;
     const auto found = find(nodeOf(key), name);
     *error = found == nodeOf(key).values.end() ? zxtest::kOwnMissing : giveData(*found, type, data, size);
 }
 
 void zxreg_setValue(_ZxPolComHandle* key, const char* name, uint32_t type, const void* data, uint32_t size,
                     int* error) {
-    const auto failing = zxtest::ownStore().failingWrites.find(name);
-    if (failing != zxtest::ownStore().failingWrites.end()) {
-        *error = failing->second;
-        return;
-    }
+    *error = plannedFailure("set", name, zxtest::ownStore().failingWrites);
+    if (*error != 0) return;
     const std::string bytes(static_cast<const char*>(data), size);
     const auto found = find(nodeOf(key), name);
     if (found == nodeOf(key).values.end())

@@ -14,11 +14,18 @@ constexpr int kOwnOk = 0x07770000;
 constexpr int kOwnTooSmall = static_cast<int>(0x87770006u);
 constexpr int kOwnEnd = static_cast<int>(0x8777000cu);
 constexpr int kOwnMissing = static_cast<int>(0x87771804u);
+constexpr int kOwnFailure = static_cast<int>(0x87774711u);  // any other
 
 // What the tests steer and read.
 struct OwnStore {
     std::map<std::string, int> failingWrites;  // by the value's name, the code that its writing gives
-    int openKeys = 0;                          // handles given out and not closed
+    std::map<std::string, int> failingReads;   // the same for its reading
+    std::map<std::string, int> failingOpens;   // by the name asked for, the code that opening the key gives
+    std::map<std::string, int> failingMakes;   // the same for creating it
+    std::map<std::string, int> spared;         // by the name, how many planned failures of any kind do not happen yet
+    bool givesKeysWithFailures = false;  // a failing opening or creation of an existing key returns it all the same
+    std::vector<std::string> calls;      // reads, writes, openings and creations in their order: "set comment"
+    int openKeys = 0;                    // handles given out and not closed
     int openUpdates = 0;
 };
 OwnStore& ownStore();
