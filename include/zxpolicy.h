@@ -17,8 +17,9 @@
  *
  * The codes that a function lists are what it leaves in `*error`. Besides them,
  * every function that takes a handle gives #ZXPOL_E_INVALID_ARG when the handle is null, and #ZXPOL_E_WRONG_HANDLE
- * when it is of another kind or designates nothing. Any function may give #ZXPOL_E_OUT_OF_MEMORY,
- * #ZXPOL_E_EXCEPTION for an unexpected internal failure, or a code of the store, which passes through unchanged.
+ * when it is of another kind or designates nothing (a closing function releases the latter). Any function may give
+ * #ZXPOL_E_OUT_OF_MEMORY, #ZXPOL_E_EXCEPTION for an unexpected internal failure, or a code of the store, which passes
+ * through unchanged.
  *
  * Three reasons are the same whoever reports them, in the low 16 bits of the code. Lists name them as
  * `store-too-small` (6: a buffer is too small), `store-no-more` (12: past the last item) and
@@ -32,26 +33,27 @@
  * (kind 1) belong to the store library; the library never keeps or closes the caller's.
  *
  * @section texts Texts
- * They are NUL-terminated byte strings. The arrays in attribute records hold their text with its NUL; a
- * setting function that finds an array without NUL writes nothing and gives #ZXPOL_E_INVALID_ARG. A field
- * that a getting function fills is always NUL-terminated. Names of rules, tasks, lists, classifications, actions and
- * outcomes have at most 255 bytes; all but an outcome's go to the store as they are, where a backslash divides the
- * levels of a path: a lone backslash counts as an empty name. Where the library compares names, addresses or patterns
- * itself, the case of ASCII letters is ignored; whether names that differ in case only are one key is the store's
- * affair.
+ * They are NUL-terminated byte strings. The arrays in attribute records hold their text with its NUL; a setting
+ * function that finds an array without NUL writes nothing and gives #ZXPOL_E_INVALID_ARG. A field that a getting
+ * function fills is always NUL-terminated. Names of rules, tasks, lists, classifications, actions and outcomes have
+ * at most 255 bytes; a longer one is refused by the store, with its own code. All but an outcome's go to the store
+ * as they are, where a backslash divides the levels of a path: a lone backslash counts as an empty name. Where the
+ * library compares names, addresses or patterns itself, the case of ASCII letters is ignored; whether names that
+ * differ in case only are one key is the store's affair.
  *
  * @section enumerations Enumerations
- * They take a zero-based index, a buffer and `size`, the capacity in bytes on entry. They are
- * walked from index 0 upwards until the code's low 16 bits are 12 (#ZXPOL_E_NO_MORE_ITEMS, or the store's
- * own). With #ZXPOL_E_BUFFER_TOO_SMALL nothing is copied and the size needed is written to `*size`; names that come
- * straight from the store are counted as the store does, mostly without their NUL. Ordered items are read from the
- * store at index 0; later indices are answered from what index 0 read, and a change through the same handle makes a
- * new walk necessary.
+ * They take a zero-based index, a buffer and `size`, the capacity in bytes on entry. They are walked from index 0
+ * upwards until the code's low 16 bits are 12 (#ZXPOL_E_NO_MORE_ITEMS, or the store's own); any other failure ends a
+ * walk, too. With #ZXPOL_E_BUFFER_TOO_SMALL nothing is copied and the size needed is written to `*size`; names that
+ * come straight from the store are counted as the store does, mostly without their NUL. Ordered items are read from
+ * the store at index 0; later indices are answered from what index 0 read, and a change through the same handle
+ * makes a new walk necessary.
  *
  * @section changes Changes
  * Every operation that makes more than one write is one update of the store where the store offers updates: it
- * is durable when the call returns. What an operation wrote before it failed stays, unless the update itself could
- * not be made durable; then nothing of it is kept, and the store's code says why.
+ * is durable when the call returns. (The version of a fresh store and the key of a hive are made one by one.) What an
+ * operation wrote before it failed stays, unless the update itself could not be made durable; then nothing of it is
+ * kept, and the store's code says why.
  *
  * @section threads Threads
  * The library starts no thread. A handle and what it designates belong to one thread at a time;
@@ -115,8 +117,8 @@ extern "C" {
  * @brief Conversion between UTF-16 and UTF-8.
  *
  * The library itself stores and compares byte strings and converts nothing. These two functions have no `error`
- * argument: they return the result code. Any thread may call them at any time. Input and output may be the same memory
- * and need not be aligned.
+ * argument: they return the result code. Any thread may call them at any time. Input and output may be the same
+ * memory and need not be aligned.
  */
 /**
  * @defgroup rule_hive Rule hive
@@ -149,14 +151,20 @@ extern "C" {
  * "condition1", "condition2", ... of its rule: the sender, a comma, the receiver. A sender that holds a comma is
  * therefore cut there when it is read.
  *
- * Every function of this family gives #ZXPOL_E_NOT_SUPPORTED for a rule whose match type is not 0, and the store's
- * code for one whose match type cannot be read.
+ * Every function of this family that takes a rule gives #ZXPOL_E_NOT_SUPPORTED when its match type is not 0, the
+ * store's code when the match type cannot be read, and #ZXPOL_E_INVALID_FORMAT when it is no number.
+ *
+ * The conditions of a rule are read together. One that is not of the string type or has more than 2048 bytes leaves
+ * the rule without any; behind one of 1024 characters or more, the others are not reached; where the store's
+ * enumeration fails, those found until then are all there are.
  *
  * With a `mode` other than #ZXPOL_COND_CHECK_NONE a change keeps the tree consistent. New conditions are checked
  * against the parent rule: a condition is covered when one of the parent's matches it on both sides, where a side
  * that refers to an address list, in either rule, is taken on trust. The root rule has no parent and is not checked.
- * After conditions went or changed, the rules below lose those that have no cover any more, level by level; when that
- * fails further down, the rule at which it failed gets its conditions back.
+ * A list of conflicting conditions is handed out by a call that was made; one that is refused (an earlier failure, a
+ * wrong handle) leaves the pointer as it was: preset it to null. After conditions went or changed, the rules below
+ * lose those that have no cover any more, level by level; when that fails further down, the rule at which it failed
+ * gets its conditions back.
  */
 /**
  * @defgroup task Tasks
@@ -164,7 +172,9 @@ extern "C" {
  *
  * A task belongs to one rule and applies to the mails that match this rule or a rule below it. Its full name is its
  * rule's path, a backslash (not doubled after the root's) and its own name: `\t`, `\A\t`. Outcomes are named texts
- * of a task; their meaning is the caller's, and a text may name a classification.
+ * of a task; their meaning is the caller's, and a text may name a classification. A task whose full name has more
+ * than
+ * 255 characters can be created and is never applied.
  *
  * A rule may hold an inactive mark for a task, which switches it off: a task that is not overridable by a mark in
  * its own rule, an overridable one by a mark in the rule that matched. Marks are string values of the rule's key
@@ -178,17 +188,24 @@ extern "C" {
  * text after the first one is compared.
  *
  * First match walks the tree depth first, children in their order and before their parent, and takes the first rule
- * that applies. Best match starts at the root: when that applies, the child of the highest priority that applies takes
- * its place, and so on down; of equal priorities the earlier child is taken. A priority is the pair of the weights of
- * the two patterns that matched, each from 0 (matches everything) to 5000 (one full address). A rule with 5000 on both
- * sides ends the search.
+ * that applies. Best match starts at the root: when that applies, the child of the highest priority that applies
+ * takes its place, and so on down; of equal priorities the earlier child is taken. A priority is the pair of the
+ * weights of the two patterns that matched, each from 0 (matches everything) to 5000 (one full address). A rule with
+ * 5000 on both sides ends the search.
  *
  * A rule that cannot be checked is passed over, as one that does not match; the root's failure ends the call. A
- * condition that names a list which does not exist, or a directory list, makes its rule such a one. Conditions of a
- * rule behind one that cannot be read are not looked at.
+ * condition that names a list which does not exist, or a directory list, makes its rule such a one when that side is
+ * looked at: conditions are in their order, first match stops at the first that matches, and the sender's side is
+ * looked at only when the receiver's matches. A rule whose conditions cannot be read has none, the root too. A rule
+ * without a position is not visited.
+ *
+ * A match as a whole fails with the store's result when a rule that was found has no readable comment or match type,
+ * when a task on its path that is looked at has no key "setting", and, in first match, when a rule that is visited
+ * has no key "rules".
  *
  * The tasks of a match are those of all rules from the root down to the matched one that are on and active, the
- * root's first; an exclusive filter type lets one of its tasks through.
+ * root's first; an exclusive filter type lets one of its tasks through. A task whose flags cannot be read is on and
+ * cannot be switched off from below.
  *
  * Threads: one pair of hive handles serves one thread at a time; matching through different handles may run at once.
  */
@@ -202,7 +219,8 @@ extern "C" {
  *
  * Any number of threads may use a normal list at once, each through its own handle; changes are made one after the
  * other. A handle sees what this process changes; what another process has changed is seen by the handles that are
- * opened afterwards. Every change is durable when its call returns, as one, where the store has updates.
+ * opened afterwards, where the store has stamps. Every change is durable when its call returns, as one, where the
+ * store has updates.
  *
  * zxpol_insertAddress, zxpol_removeAddress, zxpol_importAddress and zxpol_enumAddress give #ZXPOL_E_NOT_SUPPORTED for
  * a directory list, whatever their arguments.
@@ -211,8 +229,8 @@ extern "C" {
  * @defgroup classification Classifications
  * @brief Named categories of mail, each with ordered actions.
  *
- * The hive is the key "Classification" below the caller's store key. The library keeps classifications and actions and
- * lists them; what an action type means and what its settings hold is the caller's business. Rules refer to a
+ * The hive is the key "Classification" below the caller's store key. The library keeps classifications and actions
+ * and lists them; what an action type means and what its settings hold is the caller's business. Rules refer to a
  * classification through the texts of their tasks' outcomes (zxpol_checkReferInRule).
  */
 /**
@@ -267,7 +285,7 @@ typedef struct _ZxPolComHandle {
 #define ZXPOL_FAILURE (-0x7efe0000)                       /**< 0x81020000: bit 31 and the facility; no code by itself */
 #define ZXPOL_S_OK 0x01020000                             /**< success */
 #define ZXPOL_E_NOT_SUPPORTED (ZXPOL_FAILURE + 0x0001)    /**< not possible for this object or setting */
-#define ZXPOL_E_EXCEPTION (ZXPOL_FAILURE + 0x0004)        /**< an unexpected internal failure */
+#define ZXPOL_E_EXCEPTION (ZXPOL_FAILURE + 0x0004)        /**< an unexpected internal failure, or no position to move */
 #define ZXPOL_E_OUT_OF_MEMORY (ZXPOL_FAILURE + 0x0005)    /**< an allocation failed */
 #define ZXPOL_E_BUFFER_TOO_SMALL (ZXPOL_FAILURE + 0x0006) /**< the size needed was written back */
 #define ZXPOL_E_INVALID_ARG (ZXPOL_FAILURE + 0x0008)      /**< null, empty, zero or out of range */
@@ -582,9 +600,9 @@ ZXPOL_API ZxPolDebugFunction zxpol_setDebugFunction(ZxPolDebugFunction function,
 
 /**
  * Opens the rule hive below a store key, making what is missing of it and of its root rule. A new root rule has no
- * name, no comment, match type 0 and one condition, `*` to `*`, which matches every mail. A root rule whose attributes
- * cannot be read is taken for a new one; one that has no conditions any more gets `*` to `*` again. A complete hive is
- * only read. Close with zxpol_closeRuleHive.
+ * name, no comment, match type 0 and one condition, `*` to `*`, which matches every mail. A root rule whose
+ * attributes cannot be read is taken for a new one; one that has no conditions any more gets `*` to `*` again. A
+ * complete hive is only read. Close with zxpol_closeRuleHive.
  *
  * @param[in] key        an open store key; not kept
  * @param[in] hiveType   0, the only type there is
@@ -659,6 +677,8 @@ ZXPOL_API void zxpol_removeExclusiveFilterType(_ZxPolComHandle* hive, uint32_t f
  * @param[in,out] error  the result
  * @retval ZXPOL_E_INVALID_ARG  `filterId` or `type` is null
  * @retval store-no-more        past the last one
+ * @retval store-too-small      a value of the hive before that one has more than 256 bytes; what is behind it cannot be
+ *                              reached
  */
 ZXPOL_API void zxpol_enumExclusiveFilterType(_ZxPolComHandle* hive, uint32_t index, uint32_t* filterId,
                                              ZxPolFilterPriorityType* type, int* error);
@@ -676,14 +696,14 @@ ZXPOL_API void zxpol_enumExclusiveFilterType(_ZxPolComHandle* hive, uint32_t ind
  * Creates a child rule with the attributes and conditions given, or opens an existing one, changes its attributes and
  * adds the conditions. The conditions are checked against the parent rule. Close with zxpol_closeRule.
  *
- * On failure the child may stay in the store: without its conditions when these fail, and an existing one with its new
- * attributes.
+ * On failure the child may stay in the store: without its conditions when these fail, and an existing one with its
+ * new attributes.
  *
  * @param[in] parent     an open rule, the one to be the parent
  * @param[in] name       the child's own name; not null, not empty
  * @param[in,out] attr   the attributes; not null. `order` is the wanted position of a new child, 0 or past the end for
- *                       the last place; later siblings move down. The position given is written back to it. An existing
- *                       child keeps its position, and the record its number
+ *                       the last place; later siblings move down. The position given is written back to it, also when
+ *                       a later step fails. An existing child keeps its position, and the record its number
  * @param[in] conditions  _ZxPolAddrPairCond records, closed by a null pointer; not null, may be empty
  * @param[in,out] error  the result
  * @return a new handle of kind #ZXPOL_HANDLE_RULE, or null
@@ -743,13 +763,14 @@ ZXPOL_API void zxpol_deleteRule(_ZxPolComHandle* parent, const char* name, int* 
  * @retval ZXPOL_E_BUFFER_TOO_SMALL  nothing is copied
  * @retval ZXPOL_E_NO_MORE_ITEMS     past the last child
  * @retval store-no-more             at index 0: there are no children
+ * @retval store-not-found           at index 0: the rule has no key "rules"
  */
 ZXPOL_API void zxpol_enumRule(_ZxPolComHandle* parent, uint32_t index, char* buffer, uint32_t* size, int* error);
 
 /**
  * Reads a rule's attributes. The result is that of the comment, when that cannot be read, and then the other fields
- * are untouched; else it is that of the match type: a display name that cannot be read is empty, a position keeps what
- * the record held.
+ * are untouched; else it is that of the match type: a display name that cannot be read is empty, a position keeps
+ * what the record held.
  *
  * @param[in] rule       an open rule
  * @param[in,out] attr   receives the attributes
@@ -854,8 +875,8 @@ ZXPOL_API void zxpol_addConditionEx(_ZxPolComHandle* rule, const unsigned char**
                                     _ZxPolErrorCond*** errorConds, int* error);
 
 /**
- * Removes a list of conditions, as zxpol_removeCondition removes each. With `mode` not 0 the conditions of descendants
- * that lost their cover are removed too.
+ * Removes a list of conditions, as zxpol_removeCondition removes each. With `mode` not 0 the conditions of
+ * descendants that lost their cover are removed too.
  *
  * @param[in] rule         an open rule
  * @param[in] conditions   _ZxPolAddrPairCond records, closed by a null pointer
@@ -871,13 +892,16 @@ ZXPOL_API void zxpol_removeConditionEx(_ZxPolComHandle* rule, const unsigned cha
                                        _ZxPolErrorCond*** errorConds, int* error);
 
 /**
- * Replaces the conditions at the given enumeration indices, or all of them. With `mode` not 0 the new ones are checked
- * against the parent, and descendants cleaned up, as above. Replacing all does not look for duplicates; it deletes the
- * present conditions before it writes the valid ones of the list, so that a rule may be left without any.
+ * Replaces the conditions at the given enumeration indices, or all of them. With `mode` not 0 the new ones are
+ * checked against the parent, and descendants cleaned up, as above. Replacing all does not look for duplicates; it
+ * deletes the present conditions before it writes the valid ones of the list, so that a rule may be left without
+ * any.
  *
  * @param[in] rule         an open rule
- * @param[in] indices      an array parallel to the list: which condition each one replaces, by its enumeration index;
- *                         null replaces all conditions
+ * @param[in] indices      an array parallel to the list: which condition each one replaces. Index i is the value
+ *                         "condition" i + 1, which is the i-th of the enumeration as long as the numbers have no gap;
+ *                         an index that is not below their count makes a new condition, behind a gap if it is greater,
+ *                         which a later addition may overwrite. Null replaces all conditions
  * @param[in] conditions   _ZxPolAddrPairCond records, closed by a null pointer
  * @param[in] mode         whether to check and clean up
  * @param[out] errorConds  may be null. Receives null, or with `mode` not 0 a list: with #ZXPOL_E_CONDITION_CHECK this
@@ -919,8 +943,9 @@ ZXPOL_API void zxpol_freeErrorConds(_ZxPolErrorCond** errorConds, int* error);
  * @param[in] rule       an open rule
  * @param[in] name       the task's own name; not null, not empty
  * @param[in,out] attr   the attributes; not null. `order` is the wanted position of a new task, 0 or past the end for
- *                       the last place; later tasks move down. The position given is written back to it. An existing
- *                       task keeps its position, and the record its number. `setting` is not looked at
+ *                       the last place; later tasks move down. The position given is written back to it, also when a
+ *                       later step fails. An existing task keeps its position, and the record its number. `setting` is
+ * not looked at
  * @param[in,out] error  the result
  * @return a new handle of kind #ZXPOL_HANDLE_TASK, or null
  * @retval ZXPOL_E_INVALID_ARG  null name or record, empty name, `enable` or `overridable` neither 0 nor 1, an
@@ -951,8 +976,9 @@ ZXPOL_API _ZxPolComHandle* zxpol_openTask(_ZxPolComHandle* rule, const char* nam
 ZXPOL_API void zxpol_closeTask(_ZxPolComHandle* task, int* error);
 
 /**
- * Deletes a task of a rule, and the inactive marks that this rule and the rules below it have for it. Later tasks move
- * up. When the marks of a rule cannot be reached, the result says why, and the task is deleted all the same.
+ * Deletes a task of a rule, and the inactive marks that this rule and the rules below it have for it. Later tasks
+ * move up. When the marks of a rule cannot be reached, the result says why; the task is deleted all the same, and
+ * marks in the rules behind that one stay.
  *
  * @param[in] rule       an open rule
  * @param[in] name       the task's own name
@@ -976,6 +1002,7 @@ ZXPOL_API void zxpol_deleteTask(_ZxPolComHandle* rule, const char* name, int* er
  * @retval ZXPOL_E_BUFFER_TOO_SMALL  nothing is copied
  * @retval ZXPOL_E_NO_MORE_ITEMS     past the last task
  * @retval store-no-more             at index 0: there are no tasks
+ * @retval store-not-found           at index 0: the rule has no key "tasks"
  */
 ZXPOL_API void zxpol_enumTask(_ZxPolComHandle* rule, uint32_t index, char* buffer, uint32_t* size, int* error);
 
@@ -1038,8 +1065,8 @@ ZXPOL_API void zxpol_inactivateTask(_ZxPolComHandle* rule, const char* taskFullN
  * @param[in] taskFullName  the task's full name, at most 255 characters; letter case and one trailing backslash do not
  *                          matter
  * @param[in,out] error     the result
- * @return 1 when there is no mark, else 0. A failure of the store to give the marks is reported and answered with 1;
- *         every other failure with 0
+ * @return 1 when there is no mark, else 0. A failure of the store to open the marks or to read one is reported and
+ *         answered with 1, one to enumerate them ends them without a word; every other failure is answered with 0
  * @retval ZXPOL_E_INVALID_ARG  null, empty or longer name
  * @retval store-not-found      the rule has no key "inactive", and so no marks
  */
@@ -1147,9 +1174,8 @@ ZXPOL_API void zxpol_matchRuleByMailInfoEx(_ZxPolComHandle* ruleHive, _ZxPolComH
                                            uint32_t* count, int* error);
 
 /**
- * Sets the process-wide options of best matching. The match mode is kept as 1 whatever is passed; unknown
- * priority and weight types become 0. Without a call both are 0. There is no lock: to be called before several threads
- * match.
+ * Sets the process-wide options of best matching. The match mode is kept as 1 whatever is passed; unknown priority
+ * and weight types become 0. Without a call both are 0. There is no lock: to be called before several threads match.
  *
  * @param[in] option     the options, which are copied
  * @param[in,out] error  the result
@@ -1214,8 +1240,8 @@ ZXPOL_API _ZxPolComHandle* zxpol_createAddrList(_ZxPolComHandle* hive, const cha
                                                 int* error);
 
 /**
- * Opens a list. The first opening of a normal list in the process, and the first after another process has changed it,
- * read all of its addresses. Close with zxpol_closeAddrList.
+ * Opens a list. The first opening of a normal list in the process, and the first after another process has changed
+ * it, read all of its addresses. Close with zxpol_closeAddrList.
  *
  * @param[in] hive       an open address-list hive
  * @param[in] name       the list's name
@@ -1276,10 +1302,10 @@ ZXPOL_API void zxpol_refreshLdapCache(_ZxPolComHandle* hive, int* error);
 ZXPOL_API void zxpol_closeAddrList(_ZxPolComHandle* list, int* error);
 
 /**
- * Reads a list's attributes, one after the other until one fails; fields read before a failure are filled. Of a normal
- * list the fields after `type` stay as they are. Of a directory list the password is read as "secret", a field whose
- * stored value is of another type keeps what it held, a longer text is cut to its field, and a display name or a
- * comment that cannot be read is passed over.
+ * Reads a list's attributes, one after the other until one fails; fields read before a failure are filled. Of a
+ * normal list the fields after `type` stay as they are. Of a directory list the password is read as "secret", a
+ * field whose stored value is of another type keeps what it held, a longer text is cut to its field, and a display
+ * name or a comment that cannot be read is passed over.
  *
  * @param[in] list       an open list
  * @param[in,out] attr   receives the attributes
@@ -1291,8 +1317,8 @@ ZXPOL_API void zxpol_getAddrListAttrib(_ZxPolComHandle* list, _ZxPolAddrListAttr
 
 /**
  * Writes a list's attributes, one after the other until one fails; of a directory list a display name or a comment
- * that cannot be written is passed over. Writing type 0 to a directory list makes it a normal list when it is next
- * opened.
+ * that cannot be written is passed over. Of a directory list any `type` is written: 0 makes it a normal list when it
+ * is next opened, and with a number other than 0 and 1 it cannot be opened any more.
  *
  * @param[in] list       an open list
  * @param[in] attr       the attributes
@@ -1304,8 +1330,9 @@ ZXPOL_API void zxpol_setAddrListAttrib(_ZxPolComHandle* list, const _ZxPolAddrLi
 
 /**
  * Inserts addresses in their order. An address is a full mail address or a pattern as in a condition, of at most 511
- * characters. Addresses that the list holds already, letter case and the quotes around words of the local part ignored,
- * are passed over without a failure. When the store fails, its code is the result, and the addresses before that stay.
+ * characters. Addresses that the list holds already, letter case and the quotes around words of the local part
+ * ignored, are passed over without a failure. When the store fails, its code is the result, and the addresses before
+ * that stay.
  *
  * @param[in] list       an open normal list
  * @param[in] addresses  an array closed by a null pointer, with at least one address; the array and its texts are only
@@ -1330,8 +1357,9 @@ ZXPOL_API void zxpol_removeAddress(_ZxPolComHandle* list, const char** addresses
 
 /**
  * Inserts the addresses of a file. Blanks, tabs and line ends around an address do not belong to it; a NUL ends its
- * line's text. Addresses are inserted about 2,000 at a time: what was inserted before a failure stays. When inserting
- * the last addresses, or removing the old ones, fails, the store's code is the result.
+ * line's text; the 512th character of a line is lost. Addresses are inserted about 2,000 at a time: what was inserted
+ * before a failure stays. When inserting the last addresses, or removing the old ones, fails, the store's code is the
+ * result, unless an address was invalid; a failure with earlier ones is not reported.
  *
  * @param[in] list       an open normal list
  * @param[in] format     0: each line that is not blank is an address. 1: a directory export; the lines "mail: ADDRESS"
@@ -1343,7 +1371,7 @@ ZXPOL_API void zxpol_removeAddress(_ZxPolComHandle* list, const char** addresses
  * @retval ZXPOL_E_INVALID_ARG     null or empty path, a path of 260 bytes or more, another `format` or `replace`
  * @retval ZXPOL_E_FILE_OPEN       the file cannot be opened
  * @retval ZXPOL_E_FILE_READ       reading failed, or the path is a directory
- * @retval ZXPOL_E_PARSE           a line has more than 511 characters that are not blanks at its end
+ * @retval ZXPOL_E_PARSE           a line goes on behind its 512th character, with something else than blanks
  * @retval ZXPOL_E_INVALID_FORMAT  some addresses were invalid, and the others are in the list; or the file has none,
  *                                 and the list is as it was
  */
@@ -1353,8 +1381,8 @@ ZXPOL_API void zxpol_importAddress(_ZxPolComHandle* list, uint32_t format, uint3
 /**
  * Gives the `index`-th address. The order is that of insertion, unless the environment variable "order" is set to
  * anything but "user": "decending" (spelled so) asks for the descending order, any other text for the ascending one.
- * Patterns come before full addresses in both; the descending order leaves out the full address that comes last in the
- * ascending one. The sorted orders are made when they are first asked for after a change.
+ * Patterns come before full addresses in both; the descending order leaves out the full address that comes last in
+ * the ascending one. The sorted orders are made when they are first asked for after a change.
  *
  * @param[in] list       an open normal list
  * @param[in] index      position from 0; any index may be asked for at any time
@@ -1423,8 +1451,9 @@ ZXPOL_API _ZxPolComHandle* zxpol_createClassification(_ZxPolComHandle* hive, con
 ZXPOL_API _ZxPolComHandle* zxpol_openClassification(_ZxPolComHandle* hive, const char* name, int* error);
 
 /**
- * Deletes a classification with its actions and their settings. When a part cannot be deleted the others are gone all
- * the same, and the store's result says so. Outcomes that name it are not looked at: zxpol_checkReferInRule finds one.
+ * Deletes a classification with its actions and their settings. When a part cannot be deleted the others are gone
+ * all the same, and the store's result says so. Outcomes that name it are not looked at: zxpol_checkReferInRule
+ * finds one.
  *
  * @param[in] hive       an open classification hive
  * @param[in] name       the classification's name
@@ -1451,7 +1480,8 @@ ZXPOL_API void zxpol_enumClassification(_ZxPolComHandle* hive, uint32_t index, c
                                         int* error);
 
 /**
- * Closes a classification, also when `*error` holds a failure; #ZXPOL_S_OK then. Actions opened through it stay usable.
+ * Closes a classification, also when `*error` holds a failure; #ZXPOL_S_OK then. Actions opened through it stay
+ * usable.
  *
  * @param[in] classification  the classification's handle, gone afterwards
  * @param[out] error          the result
@@ -1513,8 +1543,8 @@ ZXPOL_API _ZxPolComHandle* zxpol_createAction(_ZxPolComHandle* classification, c
 ZXPOL_API _ZxPolComHandle* zxpol_openAction(_ZxPolComHandle* classification, const char* name, int* error);
 
 /**
- * Deletes an action with its settings; the later ones move up. When a part of the settings cannot be deleted the others
- * are gone all the same, and the store's result says so.
+ * Deletes an action with its settings; the later ones move up. When a part of the settings cannot be deleted the
+ * others are gone all the same, and the store's result says so.
  *
  * @param[in] classification  an open classification
  * @param[in] name            the action's name
@@ -1568,8 +1598,8 @@ ZXPOL_API void zxpol_closeAction(_ZxPolComHandle* action, int* error);
 
 /**
  * Reads an action's comment and, when that succeeded, the others, whichever fail, and opens its key "setting" into
- * `attr->setting`, a new handle at each call that the caller closes with zxreg_closeKey. The result is that of the last
- * field, the action type. A display name that cannot be read is empty, a position keeps what the record held.
+ * `attr->setting`, a new handle at each call that the caller closes with zxreg_closeKey. The result is that of the
+ * last field, the action type. A display name that cannot be read is empty, a position keeps what the record held.
  *
  * @param[in] action     an open action
  * @param[in,out] attr   receives the attributes; `setting` is null when it cannot be opened. On failure no key is
@@ -1605,8 +1635,8 @@ ZXPOL_API void zxpol_setActionAttrib(_ZxPolComHandle* action, const _ZxPolAction
  * of one of its conditions is "(" NAME ")", and to the classification NAME when the text of an outcome of one of its
  * tasks is NAME; letter case is ignored, and the last character of a side is not looked at. The rules are looked at
  * children in their order before their parent. What cannot be read counts as not referring, whatever the reason: a
- * rule, a task, an outcome whose name or text has 256 bytes or more, a condition with those behind it in its rule. A
- * root rule that cannot be opened is reported.
+ * rule, a task, an outcome whose text has 256 bytes or more, one whose name has with those behind it in its task, the
+ * conditions of a rule as said for conditions. A root rule that cannot be opened is reported.
  *
  * @param[in] key        an open store key, the one that holds the policy; its key "Rule" is made when missing
  * @param[in] entity     what is looked for

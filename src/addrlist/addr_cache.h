@@ -21,6 +21,9 @@ class FoldedKey;
 struct ZXPOL_API _ZxPolAddrCacheItem {
     const char* address;  ///< the text, which belongs to the cache
     uint32_t position;    ///< from 0
+
+    /// An entry with its place.
+    _ZxPolAddrCacheItem(const char* text, uint32_t place) : address(text), position(place) {}
 };
 
 /**

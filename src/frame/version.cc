@@ -9,7 +9,7 @@ namespace {
 constexpr const char* kVersionValue = "version";
 
 // A search of the built library for "%getversion" finds this text, spelling included. No code reads it.
-__attribute__((used)) const char kVersionMarker[] = "Korvexia&Libraray-1.2.0.1229.%getversion";
+__attribute__((used, retain)) const char kVersionMarker[] = "Korvexia&Libraray-1.2.0.1229.%getversion";
 
 void assignIfWanted(unsigned* target, unsigned number) {
     if (target != nullptr) *target = number;

@@ -62,13 +62,13 @@ bool isValidAttribute(const _ZxPolRuleAttr* attr) {
 
 }  // namespace
 
-std::unique_ptr<ZxPolRule> ZxPolRule::_createChild(const char* childName, const _ZxPolRuleAttr* attr, uint32_t* order,
-                                                   int* error) {
+std::unique_ptr<ZxPolRule> ZxPolRule::_createChild(const char* childName, const _ZxPolRuleAttr* attr, int* error) {
     if (childName == nullptr || !isValidAttribute(attr)) {
         *error = ZXPOL_E_INVALID_ARG;
         return nullptr;
     }
-    *order = attr->order;
+    // The one field that comes back in a record to read.
+    auto* order = const_cast<uint32_t*>(&attr->order);
     return inUpdate(_key.get(), error, [&]() -> std::unique_ptr<ZxPolRule> {
         StoreKey childKey(_children.createChild(childName, error, order));
         if (failed(*error) || !childKey) return nullptr;
@@ -84,42 +84,25 @@ std::unique_ptr<ZxPolRule> ZxPolRule::_createChild(const char* childName, const 
     });
 }
 
-std::unique_ptr<ZxPolRule> ZxPolRule::_createChildWithConditions(const char* childName, const _ZxPolRuleAttr* attr,
-                                                                 uint32_t* order, const unsigned char** conditions,
-                                                                 int* error) {
-    return inUpdate(_key.get(), error, [&]() -> std::unique_ptr<ZxPolRule> {
-        std::unique_ptr<ZxPolRule> child = _createChild(childName, attr, order, error);
-        if (child == nullptr) return nullptr;
-        child->addCondition(conditions, ZXPOL_COND_CHECK_HIERARCHY, nullptr, error);
-        return succeeded(*error) ? std::move(child) : nullptr;
-    });
-}
-
 ZxPolRule* ZxPolRule::createChildRule(const char* childName, const _ZxPolRuleAttr* attr, int* error) {
-    if (error == nullptr) return nullptr;
-    uint32_t order = 0;
-    return _createChild(childName, attr, &order, error).release();
+    return error == nullptr ? nullptr : _createChild(childName, attr, error).release();
 }
 
-ZxPolRule* ZxPolRule::createChildRule(const char* childName, _ZxPolRuleAttr* attr, int* error) {
+ZxPolRule* ZxPolRule::createChildRule(const char* childName, const _ZxPolRuleAttr* attr,
+                                      const unsigned char** conditions, int* error) {
     if (error == nullptr) return nullptr;
-    uint32_t order = 0;
-    std::unique_ptr<ZxPolRule> child = _createChild(childName, attr, &order, error);
-    if (child != nullptr) attr->order = order;
-    return child.release();
-}
-
-ZxPolRule* ZxPolRule::createChildRule(const char* childName, _ZxPolRuleAttr* attr, const unsigned char** conditions,
-                                      int* error) {
-    if (error == nullptr) return nullptr;
-    if (conditions == nullptr || childName == nullptr || !isValidAttribute(attr)) {
+    if (conditions == nullptr) {
         *error = ZXPOL_E_INVALID_ARG;
         return nullptr;
     }
-    uint32_t order = 0;
-    std::unique_ptr<ZxPolRule> child = _createChildWithConditions(childName, attr, &order, conditions, error);
-    if (child != nullptr) attr->order = order;
-    return child.release();
+    return inUpdate(_key.get(), error,
+                    [&]() -> std::unique_ptr<ZxPolRule> {
+                        std::unique_ptr<ZxPolRule> child = _createChild(childName, attr, error);
+                        if (child == nullptr) return nullptr;
+                        child->addCondition(conditions, ZXPOL_COND_CHECK_HIERARCHY, nullptr, error);
+                        return succeeded(*error) ? std::move(child) : nullptr;
+                    })
+        .release();
 }
 
 // The keys that every rule has. A failure is passed over here: who needs the key reports that it is missing.

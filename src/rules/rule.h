@@ -48,15 +48,14 @@ public:
     ZxPolRule* openChildRule(const char* childName, int* error);
 
     /// Creates the child `childName`, or opens an existing one, and writes its attributes. `attr->order` is the
-    /// wanted position; the overload that may write the record leaves the position given in it.
-    /// ZXPOL_E_INVALID_ARG: null argument, empty name, negative matchType or order, a text without NUL. A child
-    /// made before a later failure stays in the store.
+    /// wanted position; the position given to a new child is written back to it, although the record is one to read,
+    /// also when a later step fails: the record must be in memory that can be written. ZXPOL_E_INVALID_ARG: null
+    /// argument, empty name, negative matchType or order, a text without NUL; nothing is created. A child made before a
+    /// later failure stays in the store.
     ZxPolRule* createChildRule(const char* childName, const _ZxPolRuleAttr* attr, int* error);
-    /// @overload
-    ZxPolRule* createChildRule(const char* childName, _ZxPolRuleAttr* attr, int* error);
 
     /// The same, and adds conditions to the child that its parent must cover; codes also as addCondition.
-    ZxPolRule* createChildRule(const char* childName, _ZxPolRuleAttr* attr, const unsigned char** conditions,
+    ZxPolRule* createChildRule(const char* childName, const _ZxPolRuleAttr* attr, const unsigned char** conditions,
                                int* error);
 
     /// Deletes the child `childName` with all below it. ZXPOL_E_INVALID_ARG: null or empty name.
@@ -108,8 +107,6 @@ public:
     /// createChildRule. ZXPOL_E_INVALID_ARG: null argument, empty name, negative order, or a record that
     /// ZxPolTask::setAttribute refuses; nothing is created.
     ZxPolTask* createTask(const char* taskName, const _ZxPolTaskAttr* attr, int* error);
-    /// @overload
-    ZxPolTask* createTask(const char* taskName, _ZxPolTaskAttr* attr, int* error);
 
     /// Opens the task `taskName`. ZXPOL_E_INVALID_ARG: null or empty name.
     ZxPolTask* openTask(const char* taskName, int* error);
@@ -148,11 +145,7 @@ private:
     std::unique_ptr<ZxPolRule> _openChild(const char* childName, int* error);
     std::unique_ptr<ZxPolRule> _openChildAt(uint32_t index, int* error);
     std::unique_ptr<ZxPolRule> _makeChild(zxpol::StoreKey childKey, const char* childName);
-    std::unique_ptr<ZxPolRule> _createChild(const char* childName, const _ZxPolRuleAttr* attr, uint32_t* order,
-                                            int* error);
-    std::unique_ptr<ZxPolRule> _createChildWithConditions(const char* childName, const _ZxPolRuleAttr* attr,
-                                                          uint32_t* order, const unsigned char** conditions,
-                                                          int* error);
+    std::unique_ptr<ZxPolRule> _createChild(const char* childName, const _ZxPolRuleAttr* attr, int* error);
     void _makeSubkeys();
 
     void _requireMailConditions(int* error);
@@ -162,8 +155,6 @@ private:
     void _cleanUpChild(ZxPolRule& rule, ZxPolRule& child, zxpol::ErrorConds* list, int* error);
     zxpol::CondList _removeUncovered(ZxPolRule& parent, int* error);
 
-    std::unique_ptr<ZxPolTask> _createTask(const char* taskName, const _ZxPolTaskAttr* attr, uint32_t* order,
-                                           int* error);
     void _addMark(const char* taskFullName, int* error);
     bool _removeMark(const char* taskFullName, int* error);
     void _deleteRefedTasks(ZxPolRule& rule, const char* taskFullName, int* error);

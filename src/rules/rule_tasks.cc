@@ -58,40 +58,29 @@ __attribute__((noinline)) bool findMark(_ZxPolComHandle* marks, const char* task
 
 // ---- tasks ----------------------------------------------------------------------------------------------
 
-std::unique_ptr<ZxPolTask> ZxPolRule::_createTask(const char* taskName, const _ZxPolTaskAttr* attr, uint32_t* order,
-                                                  int* error) {
+ZxPolTask* ZxPolRule::createTask(const char* taskName, const _ZxPolTaskAttr* attr, int* error) {
+    if (error == nullptr) return nullptr;
     if (taskName == nullptr || !ZxPolTask::isValidAttribute(attr)) {
         *error = ZXPOL_E_INVALID_ARG;
         return nullptr;
     }
-    *order = attr->order;
-    return inUpdate(_key.get(), error, [&]() -> std::unique_ptr<ZxPolTask> {
-        StoreKey taskKey(_tasks.createChild(taskName, error, order));
-        if (failed(*error) || !taskKey) return nullptr;
-        auto task = std::make_unique<ZxPolTask>(std::move(taskKey));
-        task->setAttribute(attr, error);
-        if (*error == ZXPOL_E_NOT_SUPPORTED) {
-            *error = ZXPOL_S_OK;
-            return task;
-        }
-        if (failed(*error)) return nullptr;
-        task->makeSetting();
-        return task;
-    });
-}
-
-ZxPolTask* ZxPolRule::createTask(const char* taskName, const _ZxPolTaskAttr* attr, int* error) {
-    if (error == nullptr) return nullptr;
-    uint32_t order = 0;
-    return _createTask(taskName, attr, &order, error).release();
-}
-
-ZxPolTask* ZxPolRule::createTask(const char* taskName, _ZxPolTaskAttr* attr, int* error) {
-    if (error == nullptr) return nullptr;
-    uint32_t order = 0;
-    std::unique_ptr<ZxPolTask> task = _createTask(taskName, attr, &order, error);
-    if (task != nullptr) attr->order = order;
-    return task.release();
+    // The one field that comes back in a record to read.
+    auto* order = const_cast<uint32_t*>(&attr->order);
+    return inUpdate(_key.get(), error,
+                    [&]() -> std::unique_ptr<ZxPolTask> {
+                        StoreKey taskKey(_tasks.createChild(taskName, error, order));
+                        if (failed(*error) || !taskKey) return nullptr;
+                        auto task = std::make_unique<ZxPolTask>(std::move(taskKey));
+                        task->setAttribute(attr, error);
+                        if (*error == ZXPOL_E_NOT_SUPPORTED) {
+                            *error = ZXPOL_S_OK;
+                            return task;
+                        }
+                        if (failed(*error)) return nullptr;
+                        task->makeSetting();
+                        return task;
+                    })
+        .release();
 }
 
 ZxPolTask* ZxPolRule::openTask(const char* taskName, int* error) {

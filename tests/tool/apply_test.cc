@@ -216,14 +216,6 @@ TEST_F(ApplyTest, AStoreThatCannotBeWrittenKeepsItsPolicy) {
     EXPECT_THAT(outcome.err, HasSubstr("ZXREG_E_IO (0x81021901)"));
 }
 
-TEST_F(ToolTest, AConditionOnAListThatIsNotThereIsWarnedOf) {
-    const std::string file = write("p.yaml", policyWithRoot("  rules:\n    - name: A\n"
-                                                            "      conditions: [{sender: (Nosuch), receiver: a@b}]\n"));
-    const Outcome outcome = run({"apply", file});
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_NE(outcome.err.find("names no list of this file"), std::string::npos) << outcome.err;
-}
-
 TEST_F(ToolTest, PasswordsDoNotGetIntoErrors) {
     for (const char* password : {"my, Passw0rd", "!Passw0rd x", "[Passw0rd]", "*Passw0rd", "\"Passw0rd"}) {
         const std::string file =

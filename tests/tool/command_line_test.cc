@@ -20,6 +20,8 @@ TEST_F(CommandLineTest, HelpAndVersionSucceed) {
                                                       {"apply", "--help"},
                                                       {"dump", "--help"},
                                                       {"match", "--help"},
+                                                      {"refs", "--help"},
+                                                      {"refs", "classification", "--help"},
                                                       {"list", "--help"},
                                                       {"list", "import", "--help"}}) {
         const Outcome outcome = runPlain(arguments);
@@ -49,6 +51,12 @@ TEST_F(CommandLineTest, WrongUsageExitsWith2AndSaysItInOneLine) {
           {"match", "--priority", "total", "--envelopes", "x"},
           {"match", "--weight", "name", "--envelopes", "x"},
           {"apply", "--format", "json", "--json", "-"},
+          {"refs"},
+          {"refs", "list"},
+          {"refs", "rule", "A"},
+          {"refs", "list", "A", "B"},
+          {"refs", "classification", "A", "--json", "--format", "text"},
+          {"list", "--names", "--json"},
           {"list", "frobnicate"},
           {"list", "show", "A", "B"},
           {"list", "show", "A", "--order", "decending"},
@@ -80,8 +88,10 @@ TEST_F(CommandLineTest, FilesThatCannotBeReadExitWith2) {
 }
 
 TEST_F(CommandLineTest, AStoreThatIsNotThereIsNoEmptyPolicy) {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"dump"}, {"match", "--sender", "a@b", "--receiver", "c@d"}}) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"dump"},
+                                                      {"match", "--sender", "a@b", "--receiver", "c@d"},
+                                                      {"refs", "list", "A"},
+                                                      {"refs", "classification", "A"}}) {
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.status, 3);
         EXPECT_EQ(outcome.out, "");

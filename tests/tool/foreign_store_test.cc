@@ -51,6 +51,8 @@ std::function<void(_ZxPolComHandle*, int*)> withoutKey(const char* name) {
 const char* const kA = "Rule\\Mail\\rules\\A";
 const char* const kTask = "Rule\\Mail\\tasks\\t";
 const char* const kList = "AddressList\\L";
+const char* const kClass = "Classification\\C";
+const char* const kAction = "Classification\\C\\actions\\a";
 const char* const kNormal = "AddressList\\N";
 
 // Texts as a store has them, but for the last NUL.
@@ -94,7 +96,32 @@ const std::vector<Foreign>& foreigners() {
              const ListHandle list(zxpol_createAddrList(hive.get(), "l", &attr, result));
          },
          "address list \"l\" differs from \"L\" only in letter case"},
-        {"Classification", "Classification", subkey("Infected"), "classification \"Infected\" is not supported"},
+        {"EmptyClassificationKey", "Classification", subkey("Infected"),
+         "classification \"Infected\" lacks its value \"displayName\""},
+        {"ValueAmongClassifications", "Classification", number("x", 1), "the classifications' key has a value \"x\""},
+        {"ClassificationWithoutComment", kClass, withoutValue("comment"),
+         "classification \"C\" lacks its value \"comment\""},
+        {"ClassificationWithMore", kClass, number("actionType", 1), "\"actionType\" that is no part of a policy"},
+        {"ClassificationLongName", kClass, text("displayName", std::string(256, 'n')), "longer than 255 bytes"},
+        {"ClassificationInOtherCase", "",
+         [](_ZxPolComHandle* key, int* result) {
+             const ClassificationHiveHandle hive(zxpol_openClassificationHive(key, result));
+             const _ZxPolCommAttrib attr{};
+             const ClassificationHandle made(zxpol_createClassification(hive.get(), "c", &attr, result));
+         },
+         "classification \"c\" differs from \"C\" only in letter case"},
+        {"ClassificationWithKey", kClass, subkey("extra"), "classification \"C\" has a key \"extra\""},
+        {"EmptyActionKey", "Classification\\C\\actions", subkey("b"),
+         "action \"b\" of classification \"C\" lacks its value"},
+        {"ValueAmongActions", "Classification\\C\\actions", number("x", 1), "the actions key of classification \"C\""},
+        {"ActionWithoutOrder", kAction, withoutValue("order"), "lacks its value \"order\""},
+        {"ActionWithoutSetting", kAction, withoutKey("setting"),
+         "action \"a\" of classification \"C\" lacks its key \"setting\""},
+        {"ActionTypeAsText", kAction, text("actionType", "1"), "\"actionType\" that is of the wrong type"},
+        {"ActionWithMore", kAction, number("filter", 1), "\"filter\" that is no part of a policy"},
+        {"ActionSettingWithBackslash", "Classification\\C\\actions\\a\\setting", text("b\\c", "x"), "backslash"},
+        {"ProtectedActionSetting", "Classification\\C\\actions\\a\\setting", text("s", "x", ZXREG_PROTECTED_STRING),
+         "is protected"},
         {"ExclusiveFilterType", "Rule", number("ExcluId00000007", 2), "neither 0 nor 1"},
         {"ExclusiveFilterName", "Rule", number("ExcluID00000007", 1), "no part of a policy"},
         {"OtherHiveKey", "Rule", subkey("News"), "the rules' key has a key \"News\""},
@@ -137,6 +164,7 @@ const std::vector<Foreign>& foreigners() {
         {"BrokenTexts", "Rule\\Mail\\tasks\\t\\setting", text("s", "x", ZXREG_MULTI_STRING), "no list of texts"},
         {"SettingWithNul", "Rule\\Mail\\tasks\\t\\setting", text("s", std::string("a\0b", 3)), "is no text"},
         {"SettingsInOtherCase", "Rule\\Mail\\tasks\\t\\setting", text("LEVEL", "x"), "only in letter case"},
+        {"SettingWithBackslash", "Rule\\Mail\\tasks\\t\\setting", text("s\\p", "x"), "contains a backslash"},
         {"SettingAndKey", "Rule\\Mail\\tasks\\t\\setting", subkey("level"), "both a value and a key"},
     };
     return kAll;
@@ -147,10 +175,12 @@ class ForeignStore : public ToolTest, public testing::WithParamInterface<Foreign
 }  // namespace
 
 TEST_P(ForeignStore, IsNamedAndNeitherDumpedInPartNorChanged) {
-    apply("zxpolicy: 1\nlists: [{name: L, type: directory}, {name: N, addresses: [a@b]}]\n" +
-          policyWithRoot("  tasks: [{name: t, setting: {level: 1}}]\n"
-                         "  rules: [{name: A, inactive: ['\\t'], conditions: [{sender: a@b.c, receiver: \"*\"}]}]\n")
-              .substr(12));
+    apply(
+        "zxpolicy: 1\nlists: [{name: L, type: directory}, {name: N, addresses: [a@b]}]\n"
+        "classifications: [{name: C, actions: [{name: a}]}]\n" +
+        policyWithRoot("  tasks: [{name: t, setting: {level: 1}}]\n"
+                       "  rules: [{name: A, inactive: ['\\t'], conditions: [{sender: a@b.c, receiver: \"*\"}]}]\n")
+            .substr(12));
     {
         int result = ZXREG_S_OK;
         const KeyHandle store(zxreg_openStore(location().c_str(), &result));

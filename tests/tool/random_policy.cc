@@ -130,7 +130,7 @@ Task RandomPolicy::task(const std::string& name) {
     std::set<std::string> used;
     for (size_t count = upTo(3); count > 0; --count) {
         const std::string outcome = this->name(255);
-        if (used.insert(lowerCase(outcome)).second) made.outcomes[outcome] = text(3000) + "x";
+        if (used.insert(lowerCase(outcome)).second) made.outcomes[outcome].text = text(3000) + "x";
     }
     fillSetting(made.setting, "", 0);
     return made;
@@ -207,6 +207,20 @@ AddressList RandomPolicy::list() {
     return list;
 }
 
+Classification RandomPolicy::classification(const std::string& name) {
+    Classification made{name, text(255), text(511), {}};
+    std::set<std::string> used;
+    for (size_t count = upTo(4); count > 0; --count) {
+        // Short names from a small set, so that from one policy to the next actions are kept and moved, too.
+        const std::string own = upTo(1) == 0 ? std::string(1, static_cast<char>('a' + upTo(4))) : this->name(255);
+        if (!used.insert(lowerCase(own)).second) continue;
+        Action action{own, text(255), text(511), static_cast<uint32_t>(upTo(1) == 0 ? upTo(3) : _random()), {}};
+        fillSetting(action.setting, "", 0);
+        made.actions.push_back(std::move(action));
+    }
+    return made;
+}
+
 Policy RandomPolicy::make() {
     Policy policy;
     std::set<std::string> used;
@@ -214,6 +228,11 @@ Policy RandomPolicy::make() {
         const std::string own = name(255);
         if (!used.insert(lowerCase(own)).second) continue;
         policy.lists[own] = list();
+    }
+    used.clear();
+    for (size_t count = upTo(3); count > 0; --count) {
+        const std::string own = upTo(1) == 0 ? std::string(1, static_cast<char>('A' + upTo(2))) : name(255);
+        if (used.insert(lowerCase(own)).second) policy.classifications.push_back(classification(own));
     }
     for (size_t count = upTo(3); count > 0; --count)
         policy.exclusiveFilters[static_cast<uint32_t>(_random())] =

@@ -20,6 +20,7 @@ private:
     std::string address();
     Task task(const std::string& name);
     AddressList list();
+    Classification classification(const std::string& name);
     std::string listAddress();
     void fillSetting(Setting& setting, const std::string& prefix, int depth);
     Rule rule(const std::string& path, int depth);

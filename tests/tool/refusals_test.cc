@@ -32,6 +32,18 @@ std::string task(const std::string& rest) {
 std::string list(const std::string& rest) {
     return "zxpolicy: 1\nlists:\n  - " + rest + "\nroot: {}\n";
 }
+std::string classification(const std::string& rest) {
+    return "zxpolicy: 1\nclassifications:\n  - " + rest + "\nroot: {}\n";
+}
+std::string action(const std::string& rest) {
+    return classification("{name: A, actions: [" + rest + "]}");
+}
+std::string nested(size_t depth) {
+    std::string text = "{}";
+    for (; depth > 0; --depth)
+        text = "{a: " + text + "}";
+    return text;
+}
 std::string many(size_t count) {
     return std::string(count, 'x');
 }
@@ -53,7 +65,39 @@ const std::vector<Refusal>& refusals() {
         {"NoRoot", "zxpolicy: 1\n", "p:1:1", "\"root\" is missing"},
         {"UnknownTopKey", "zxpolicy: 1\nrules: []\n", "p:2:1", "unknown key \"rules\""},
         {"KeyTwice", "zxpolicy: 1\nzxpolicy: 1\n", "p:2:1", "stands twice"},
-        {"Classifications", "zxpolicy: 1\nclassifications: []\nroot: {}\n", "p:2:18", "not supported by this version"},
+        {"ClassificationsAsMap", "zxpolicy: 1\nclassifications: {}\nroot: {}\n", "p:2:18", "must be a sequence"},
+        {"ClassificationsNull", "zxpolicy: 1\nclassifications:\nroot: {}\n", "p:2:1",
+         "must be a sequence, not nothing"},
+        {"ClassificationUnclosed", "zxpolicy: 1\nclassifications: [{name: A\nroot: {}\n", "p:3:", "not valid YAML"},
+        {"ClassificationAsText", classification("A"), "p:3:5", "a classification must be a map, not a text"},
+        {"ClassificationWithoutName", classification("{comment: x}"), "p:3:5", "\"name\" is missing"},
+        {"ClassificationWithEmptyName", classification("{name: ''}"), "p:3:12", "empty"},
+        {"ClassificationWithBackslash", classification("{name: 'a\\b'}"), "p:3:12", "backslash"},
+        {"ClassificationLongName", classification("{name: " + many(256) + "}"), "p:3:12", "longer than 255"},
+        {"ClassificationNumberAsName", classification("{name: 7}"), "p:3:12", "must be a text, not a number"},
+        {"ClassificationNameWithNul", classification("{name: !!binary \"QQBC\"}"), "p:3:12", "NUL"},
+        {"ClassificationTwice", classification("{name: A}\n  - {name: A}"), "p:4:12", "stands twice"},
+        {"ClassificationInOtherCase", classification("{name: A}\n  - {name: a}"), "p:4:12",
+         "classification \"a\" differs from \"A\" only in letter case"},
+        {"ClassificationLongComment", classification("{name: A, comment: " + many(512) + "}"), "p:3:24",
+         "longer than 511"},
+        {"ClassificationUnknownKey", classification("{name: A, action: []}"), "p:3:15", "unknown key \"action\""},
+        {"ActionsAsMap", classification("{name: A, actions: {}}"), "p:3:24", "must be a sequence, not a map"},
+        {"ActionAsNull", classification("{name: A, actions: [null]}"), "p:3:25", "an action must be a map"},
+        {"ActionWithoutName", action("{actionType: 1}"), "p:3:25", "\"name\" is missing in an action"},
+        {"ActionLongName", action("{name: " + many(256) + "}"), "p:3:32", "longer than 255"},
+        {"ActionWithBackslash", action("{name: 'a\\b'}"), "p:3:32", "backslash"},
+        {"ActionTwice", action("{name: a}, {name: a}"), "p:3:43", "action \"a\" stands twice"},
+        {"ActionInOtherCase", action("{name: a}, {name: A}"), "p:3:43", "only in letter case"},
+        {"ActionUnknownKey", action("{name: a, order: 1}"), "p:3:35", "unknown key \"order\" in an action"},
+        {"ActionLongDisplayName", action("{name: a, displayName: " + many(256) + "}"), "p:3:48", "longer than 255"},
+        {"ActionTypeAsText", action("{name: a, actionType: x}"), "p:3:47", "must be a number"},
+        {"ActionTypeNegative", action("{name: a, actionType: -1}"), "p:3:47", "whole number from 0"},
+        {"ActionTypeTooLarge", action("{name: a, actionType: 4294967296}"), "p:3:47", "4294967295"},
+        {"ActionSettingAsText", action("{name: a, setting: x}"), "p:3:44", "\"setting\" of an action must be a map"},
+        {"ActionSettingInOtherCase", action("{name: a, setting: {b: 1, B: 2}}"), "p:3:51", "only in letter case"},
+        {"ActionSettingTooDeep", action("{name: a, setting: " + nested(17) + "}"),
+         "p:3:", "settings nest deeper than 16"},
         {"RootWithName", root("  name: x\n"), "p:4:3", "unknown key \"name\""},
         {"RootWithoutConditions", "zxpolicy: 1\nroot: {comment: x}\n", "p:2:7", "no conditions"},
         {"RootWithEmptyConditions", "zxpolicy: 1\nroot: {conditions: []}\n", "p:2:20", "no conditions"},

@@ -30,7 +30,7 @@ protected:
     std::string write(const std::string& name, const std::string& text) const;
     static std::string read(const std::string& path);
 
-    // Applies a policy text, which must succeed; returns what the tool printed.
+    // Applies a policy text, which must succeed without a warning; returns what the tool printed.
     std::string apply(const std::string& policy);
     // The dump, which must succeed.
     std::string dump();
@@ -40,6 +40,9 @@ protected:
 private:
     std::string _folder;
 };
+
+// The lines of standard error that are no notes.
+std::string withoutNotes(const std::string& err);
 
 // A policy with the root rule that stands for every mail, and more lines below "root:".
 std::string policyWithRoot(const std::string& rest);

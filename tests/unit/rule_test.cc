@@ -26,16 +26,19 @@ TEST_F(Rule, AChildIsNamedByItsPathAndHasItsSubkeys) {
     EXPECT_EQ((std::vector<std::string>{"rules", "inactive", "tasks"}), key.subkeys());
 }
 
-TEST_F(Rule, ThePositionGivenIsWrittenBackWhereTheRecordMayBeWritten) {
+TEST_F(Rule, ThePositionGivenIsWrittenBack) {
     int error = ZXPOL_S_OK;
     _ZxPolRuleAttr attr = ruleAttr("A", 7);
     std::unique_ptr<ZxPolRule> child(root->createChildRule("A", &attr, &error));
     EXPECT_EQ(1u, attr.order);
     const _ZxPolRuleAttr& readOnly = attr;
     child.reset(root->createChildRule("B", &readOnly, &error));
-    EXPECT_EQ(1u, attr.order);
+    EXPECT_EQ(1u, attr.order) << "the position that was wished for";
     EXPECT_EQ(1u, raw("Rule\\Mail\\rules\\B").number("order"));
     EXPECT_EQ(2u, raw("Rule\\Mail\\rules\\A").number("order"));
+    attr.order = 9;
+    child.reset(root->createChildRule("C", &readOnly, &error));
+    EXPECT_EQ(3u, attr.order) << "also in a record to read";
     attr.order = 2;
     child.reset(root->createChildRule("B", &attr, &error));
     EXPECT_EQ(2u, attr.order) << "an existing child keeps its position and the record its wish";
@@ -78,7 +81,7 @@ TEST_F(Rule, AChildWhoseConditionsFailStays) {
     int error = ZXPOL_S_OK;
     EXPECT_EQ(nullptr, rule("\\A")->createChildRule("B", &attr, conditions.get(), &error));
     EXPECT_CODE(ZXPOL_E_CONDITION_CHECK, error);
-    EXPECT_EQ(5u, attr.order);
+    EXPECT_EQ(1u, attr.order) << "the position that it has";
     EXPECT_EQ(std::vector<std::string>{}, conditionsOf(*rule("\\A\\B")));
 }
 

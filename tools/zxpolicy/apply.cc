@@ -6,6 +6,7 @@
 #include "addrlist/normal_addr_list.h"
 #include "apply_context.h"
 #include "policy_reader.h"
+#include "policy_references.h"
 #include "policy_store_reader.h"
 #include "text.h"
 #include "tool_error.h"
@@ -30,10 +31,10 @@ void applyAll(ApplyContext& context, const Policy& current, const Policy& wanted
     const RuleHandle root(zxpol_openRootRule(rules.get(), &result));
     require(result, "cannot open the policy in " + oneLine(context.store.location()));
     applyLists(context, lists, current, wanted);
+    applyClassifications(context, current, wanted);
     applyExclusiveFilters(context, rules, current, wanted);
     applyRootRule(context, root, current.root, wanted.root);
     warnOfUncovered(context, root, wanted.root);
-    warnOfUnknownLists(context, wanted);
 }
 
 // Reads the store back: what it holds now must be what was wanted, and nothing else.
@@ -48,6 +49,20 @@ void verify(const Store& store, const Policy& wanted, Secrets secrets) {
     if (!difference.empty())
         throw PolicyError("the store " + oneLine(store.location()) + " did not take " + oneLine(difference) +
                           " as the file has them; nothing was changed");
+}
+
+void requireNoneDangling(const std::vector<std::string>& dangling) {
+    if (dangling.empty()) return;
+    const std::string others =
+        dangling.size() == 1 ? "" : " (and " + std::to_string(dangling.size() - 1) + " more such sides)";
+    throw PolicyError(dangling.front() + others +
+                      "; correct it, or give --allow-dangling to apply it as it is, such as the dump of a store that "
+                      "has it");
+}
+
+void printLines(std::ostream& out, const char* kind, const std::vector<std::string>& lines) {
+    for (const std::string& line : lines)
+        out << "zxpolicy: " << kind << ": " << line << '\n';
 }
 
 }  // namespace
@@ -72,12 +87,15 @@ ApplyResult applyPolicy(const Store& store, const std::string& fileName, const P
 void runApply(const ApplyOptions& options, std::ostream& out, std::ostream& err) {
     const std::string fileName = options.file == "-" ? "standard input" : options.file;
     const Policy policy = readPolicy(fileName, readFile(options.file));
+    const ReferenceFaults faults = findReferenceFaults(YamlSource(fileName), policy);
+    if (!options.allowsDangling) requireNoneDangling(faults.dangling);
     // A dry run must not even make an empty store.
     const bool isNew = options.isDryRun && isMissingFile(options.store);
     const Store store(isNew ? "memory:" : options.store, Store::Missing::Create);
     const ApplyResult result = applyPolicy(store, fileName, policy, options.isDryRun);
-    for (const std::string& warning : result.warnings)
-        err << "zxpolicy: warning: " << warning << '\n';
+    printLines(err, "warning", faults.dangling);
+    printLines(err, "warning", result.warnings);
+    printLines(err, "note", faults.notes);
     result.changes.print(out, options.format, options.isDryRun);
     if (out.flush() || options.isDryRun) return;
     throw ToolError(kFailed,

@@ -26,9 +26,10 @@ struct ApplyOptions {
     std::string file;
     OutputFormat format = OutputFormat::Text;
     bool isDryRun = false;
+    bool allowsDangling = false;  // conditions that name no list are a warning only
 };
 
-// Runs the command: changes to `out`, warnings to `err`. Throws a ToolError.
+// Runs the command: changes to `out`, warnings and notes to `err`. Throws a ToolError.
 void runApply(const ApplyOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace tool

@@ -25,6 +25,7 @@ struct ApplyContext {
 void applyLists(ApplyContext& context, const ListHiveHandle& hive, const Policy& current, const Policy& wanted);
 void applyExclusiveFilters(ApplyContext& context, const RuleHiveHandle& hive, const Policy& current,
                            const Policy& wanted);
+void applyClassifications(ApplyContext& context, const Policy& current, const Policy& wanted);
 // The root rule with all below it.
 void applyRootRule(ApplyContext& context, const RuleHandle& root, const Rule& current, const Rule& wanted);
 void applyTasks(ApplyContext& context, const RuleHandle& rule, const std::string& path, const Rule& current,
@@ -34,7 +35,8 @@ std::vector<std::string> applyConditions(ApplyContext& context, const RuleHandle
                                          const Rule& current, const Rule& wanted);
 std::vector<std::string> applyInactiveMarks(ApplyContext& context, const RuleHandle& rule, const std::string& path,
                                             const std::string& ruleKey, const Rule& current, const Rule& wanted);
-// Returns what changed, as details of the task's change.
+// Brings what is below a key "setting" from `current` to `wanted`. Returns what changed, as details of the change of
+// the task or action; `where` names that in errors.
 std::vector<std::string> applySetting(_ZxPolComHandle* key, const std::string& where, const Setting& current,
                                       const Setting& wanted);
 
@@ -46,7 +48,5 @@ template <size_t size>
 void copyText(char (&field)[size], const std::string& text) {
     field[text.copy(field, size - 1)] = '\0';
 }
-// Warns of conditions that name an address list that the policy lacks.
-void warnOfUnknownLists(ApplyContext& context, const Policy& wanted);
 
 }  // namespace tool

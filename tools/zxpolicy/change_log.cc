@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "json_line.h"
+#include "json.h"
 #include "text.h"
 
 namespace tool {
@@ -67,15 +66,16 @@ void ChangeLog::printText(std::ostream& out, bool isDryRun) const {
 }
 
 void ChangeLog::printJson(std::ostream& out, bool isDryRun) const {
-    nlohmann::ordered_json document{{"dryRun", isDryRun}, {"changes", nlohmann::ordered_json::array()}};
+    Json changes = Json::array();
     for (const Change& change : _changes)
-        document["changes"].push_back({{"change", kindName(change.kind)},
-                                       {"what", change.what},
-                                       {"name", change.name},
-                                       {"details", change.details}});
+        changes.add(Json::object({{"change", kindName(change.kind)},
+                                  {"what", change.what},
+                                  {"name", change.name},
+                                  {"details", change.details}}));
+    Json document = Json::object({{"dryRun", isDryRun}, {"changes", changes}});
     for (Change::Kind kind : kKinds)
-        document[kindName(kind)] = count(kind);
-    out << jsonLine(document);
+        document.add(kindName(kind), count(kind));
+    out << document.line();
 }
 
 void compare(std::vector<std::string>& details, const char* label, const std::string& before,

@@ -96,20 +96,6 @@ void warnOfRule(ApplyContext& context, const RuleHandle& rule, const std::string
                                        where + " is not covered by a condition of its parent");
 }
 
-// Whether a side of a condition refers to an address list that is not there: "(" NAME ")".
-bool namesUnknownList(const Policy& policy, const std::string& side) {
-    return side.size() > 2 && side.front() == '(' && policy.lists.count(side.substr(1, side.size() - 2)) == 0;
-}
-
-void warnOfLists(ApplyContext& context, const Policy& policy, const Rule& rule, const std::string& path) {
-    for (const Condition& condition : rule.conditions)
-        if (namesUnknownList(policy, condition.sender) || namesUnknownList(policy, condition.receiver))
-            context.warnings.push_back(context.source.at(condition.place) + ": " + describe(condition) + " of rule " +
-                                       oneLine(path) + " names no list of this file: the rule can never be checked");
-    for (const Rule& child : rule.rules)
-        warnOfLists(context, policy, child, childName(path, child.name));
-}
-
 void warnBelow(ApplyContext& context, const RuleHandle& rule, const std::string& path, const Rule& wanted) {
     for (const Rule& child : wanted.rules) {
         const std::string childPath = childName(path, child.name);
@@ -137,10 +123,6 @@ std::vector<std::string> applyConditions(ApplyContext& context, const RuleHandle
 
 void warnOfUncovered(ApplyContext& context, const RuleHandle& root, const Rule& wanted) {
     warnBelow(context, root, "\\", wanted);
-}
-
-void warnOfUnknownLists(ApplyContext& context, const Policy& wanted) {
-    warnOfLists(context, wanted, wanted.root, "\\");
 }
 
 }  // namespace tool

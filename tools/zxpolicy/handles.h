@@ -46,6 +46,9 @@ using RuleHiveHandle = Handle<zxpol_closeRuleHive>;
 using RuleHandle = Handle<zxpol_closeRule>;
 using TaskHandle = Handle<zxpol_closeTask>;
 using ListHiveHandle = Handle<zxpol_closeAddrListHive>;
+using ClassificationHiveHandle = Handle<zxpol_closeClassificationHive>;
+using ClassificationHandle = Handle<zxpol_closeClassification>;
+using ActionHandle = Handle<zxpol_closeAction>;
 using ListHandle = Handle<zxpol_closeAddrList>;
 
 }  // namespace tool

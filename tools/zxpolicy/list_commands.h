@@ -18,6 +18,10 @@ struct ListOptions {
     OutputFormat format = OutputFormat::Text;
 };
 
+struct ListOverviewOptions : ListOptions {
+    bool onlyNames = false;  // in a report of text
+};
+
 enum class ListOrder { User, Ascending, Descending };
 
 struct ListShowOptions : ListOptions {
@@ -52,8 +56,8 @@ struct ListExportOptions : ListOptions {
 // some of the addresses is one line to `err`, and the status kAnswerIsNo. All throw a ToolError, and then nothing was
 // changed.
 
-// All lists: kind, number of addresses, display name.
-ExitStatus runListOverview(const ListOptions& options, std::ostream& out);
+// All lists: kind, number of addresses, display name; or the names alone.
+ExitStatus runListOverview(const ListOverviewOptions& options, std::ostream& out);
 // The addresses of one list.
 ExitStatus runListShow(const ListShowOptions& options, std::ostream& out);
 // The entry that decides about an address, and its weight; kAnswerIsNo when there is none.

@@ -1,10 +1,9 @@
 // The commands that add addresses to a list and remove them.
-#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "address_apply.h"
 #include "address_text.h"
-#include "json_line.h"
+#include "json.h"
 #include "list_report.h"
 #include "open_list.h"
 #include "text.h"
@@ -86,16 +85,17 @@ struct EditWords {
 
 void print(std::ostream& out, const ListEditOptions& options, const EditResult& edit, const EditWords& words) {
     if (options.format == OutputFormat::Json) {
-        nlohmann::ordered_json leftOver = nlohmann::ordered_json::array();
+        Json leftOver = Json::array();
         for (const PassedOver& entry : edit.leftOver)
-            leftOver.push_back(entry.address);
-        out << jsonLine({{"list", options.name},
-                         {"dryRun", options.isDryRun},
-                         {words.done, edit.done},
-                         {words.present, edit.present},
-                         {words.leftOver, edit.leftOver.size()},
-                         {"passedOver", leftOver},
-                         {"addresses", edit.total}});
+            leftOver.add(entry.address);
+        out << Json::object({{"list", options.name},
+                             {"dryRun", options.isDryRun},
+                             {words.done, edit.done},
+                             {words.present, edit.present},
+                             {words.leftOver, edit.leftOver.size()},
+                             {"passedOver", leftOver},
+                             {"addresses", edit.total}})
+                   .line();
         return;
     }
     out << listText(options.name) << ": " << grouped(edit.done) << ' ' << words.done << ", " << grouped(edit.present)

@@ -1,11 +1,10 @@
 // The command that imports a file into a list.
 #include <array>
 #include <chrono>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
 
-#include "json_line.h"
+#include "json.h"
 #include "list_report.h"
 #include "open_list.h"
 #include "progress.h"
@@ -130,19 +129,20 @@ void printText(std::ostream& out, const ListImportOptions& options, const Import
 }
 
 void printJson(std::ostream& out, const ListImportOptions& options, const ImportResult& import) {
-    nlohmann::ordered_json first = nlohmann::ordered_json::array();
+    Json first = Json::array();
     for (const PassedOver& entry : import.firstInvalid)
-        first.push_back({{"line", entry.line}, {"address", entry.address}});
-    out << jsonLine({{"list", options.name},
-                     {"file", options.file},
-                     {"dryRun", options.isDryRun},
-                     {"accepted", import.accepted},
-                     {"duplicate", import.duplicate},
-                     {"invalid", import.invalid},
-                     {"firstInvalid", first},
-                     {"before", import.before},
-                     {"addresses", import.after},
-                     {"seconds", import.seconds}});
+        first.add(Json::object({{"line", entry.line}, {"address", entry.address}}));
+    out << Json::object({{"list", options.name},
+                         {"file", options.file},
+                         {"dryRun", options.isDryRun},
+                         {"accepted", import.accepted},
+                         {"duplicate", import.duplicate},
+                         {"invalid", import.invalid},
+                         {"firstInvalid", first},
+                         {"before", import.before},
+                         {"addresses", import.after},
+                         {"seconds", import.seconds}})
+               .line();
 }
 
 }  // namespace

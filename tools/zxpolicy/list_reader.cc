@@ -1,10 +1,10 @@
 #include "list_reader.h"
 
-#include <limits>
 #include <unordered_map>
 
 #include "address_text.h"
 #include "policy_check.h"
+#include "policy_keys.h"
 #include "text.h"
 #include "unique_names.h"
 
@@ -42,7 +42,7 @@ std::vector<std::string> readAddresses(const YamlReader& reader, const YamlNode&
     std::unordered_map<std::string, size_t> seen;
     const std::string what = "an address" + where;
     for (const YamlNode& item : reader.sequence(node, "\"addresses\"" + where).items) {
-        std::string address = reader.text(item, what, std::numeric_limits<size_t>::max());
+        std::string address = reader.text(item, what, kAnyLength);
         const std::string fault = addressFault(address);
         if (!fault.empty()) fail(item, address, fault);
         const auto [found, isNew] = seen.emplace(addressKey(address), addresses.size());
@@ -56,8 +56,7 @@ std::vector<std::string> readAddresses(const YamlReader& reader, const YamlNode&
 }
 
 NormalList readNormalList(const YamlReader& reader, const YamlFields& fields, const std::string& name) {
-    for (const char* key :
-         {"server", "port", "searchroot", "authentication", "schematype", "username", "password", "filter"})
+    for (const char* key : kDirectoryKeys)
         if (const YamlNode* value = fields.find(key))
             reader.source().fail(value->place, "\"" + std::string(key) + "\" belongs to a list of type directory");
     NormalList list;
@@ -81,9 +80,7 @@ bool isDirectory(const YamlReader& reader, const YamlFields& fields) {
 void readLists(const YamlReader& reader, const YamlFields& top, Policy& policy) {
     UniqueNames names(reader.source(), "list");
     for (const YamlNode& node : top.items("lists")) {
-        const YamlFields fields(reader, node, "a list",
-                                {"name", "type", "addresses", "displayName", "comment", "server", "port", "searchroot",
-                                 "authentication", "schematype", "username", "password", "filter"});
+        const YamlFields fields(reader, node, "a list", kListKeys);
         const YamlNode& nameNode = fields.need("name");
         const std::string name = reader.name(nameNode, "the name of a list");
         names.add(name, nameNode.place);

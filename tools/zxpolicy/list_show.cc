@@ -5,11 +5,10 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "envelope_reader.h"
-#include "json_line.h"
+#include "json.h"
 #include "list_commands.h"
 #include "open_list.h"
 #include "table.h"
@@ -18,8 +17,6 @@
 namespace tool {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 struct ListSummary {
     std::string name;
@@ -48,11 +45,9 @@ const char* kindOf(const ListSummary& summary) {
 }
 
 Json jsonOf(const ListSummary& summary) {
-    Json json{{"name", summary.name}, {"type", kindOf(summary)}};
-    if (summary.count) json["addresses"] = *summary.count;
-    json["displayName"] = summary.attr.displayName;
-    json["comment"] = summary.attr.comment;
-    return json;
+    Json json = Json::object({{"name", summary.name}, {"type", kindOf(summary)}});
+    if (summary.count) json.add("addresses", *summary.count);
+    return json.add("displayName", summary.attr.displayName).add("comment", summary.attr.comment);
 }
 
 std::vector<std::string> addressesOf(ZxPolNormalAddrList& list, const std::string& name, ListOrder order) {
@@ -83,20 +78,26 @@ void writeLines(const std::vector<std::string>& addresses, std::ostream& out) {
 
 }  // namespace
 
-ExitStatus runListOverview(const ListOptions& options, std::ostream& out) {
+ExitStatus runListOverview(const ListOverviewOptions& options, std::ostream& out) {
     const Store store(options.store, Store::Missing::Refuse);
     const ListHive hive(store);
     Json lists = Json::array();
     Table table({"list", "kind", "addresses", "display name"}, {0, 1, 3});
-    for (const std::string& name : hive.names()) {
+    const std::vector<std::string> names = hive.names();
+    if (options.onlyNames) {
+        for (const std::string& name : names)
+            out << oneLine(name) << '\n';
+        return kSuccess;
+    }
+    for (const std::string& name : names) {
         const ListSummary summary = summaryOf(hive, name);
-        lists.push_back(jsonOf(summary));
+        lists.add(jsonOf(summary));
         table.add({oneLine(name), kindOf(summary), summary.count ? grouped(*summary.count) : "-",
                    oneLine(summary.attr.displayName)});
     }
     if (options.format == OutputFormat::Json)
-        out << jsonLine({{"lists", lists}});
-    else if (lists.empty())
+        out << Json::object({{"lists", lists}}).line();
+    else if (names.empty())
         out << "there are no address lists\n";
     else
         table.print(out);
@@ -109,11 +110,12 @@ ExitStatus runListShow(const ListShowOptions& options, std::ostream& out) {
     const std::vector<std::string> addresses = addressesOf(*list, options.name, options.order);
     if (options.format == OutputFormat::Json) {
         const _ZxPolAddrListAttr attr = attributesOf(*list, options.name);
-        out << jsonLine({{"name", options.name},
-                         {"type", "normal"},
-                         {"displayName", attr.displayName},
-                         {"comment", attr.comment},
-                         {"addresses", addresses}});
+        out << Json::object({{"name", options.name},
+                             {"type", "normal"},
+                             {"displayName", attr.displayName},
+                             {"comment", attr.comment},
+                             {"addresses", addresses}})
+                   .line();
         return kSuccess;
     }
     for (const std::string& address : addresses)
@@ -131,9 +133,9 @@ ExitStatus runListCheck(const ListCheckOptions& options, std::ostream& out) {
     require(result, "cannot check " + inQuotes(address) + " against " + listText(options.name));
     const std::string entry = isMatch ? list->findMatch(address.c_str(), options.weight) : "";
     if (options.format == OutputFormat::Json) {
-        Json json{{"list", options.name}, {"address", address}, {"matches", isMatch}};
-        if (isMatch) json.update({{"entry", entry}, {"weight", weight}});
-        out << jsonLine(json);
+        Json json = Json::object({{"list", options.name}, {"address", address}, {"matches", isMatch}});
+        if (isMatch) json.add("entry", entry).add("weight", weight);
+        out << json.line();
     } else if (isMatch) {
         out << inQuotes(address, 511) << " is matched by " << inQuotes(entry, 511) << ", weight " << weight << '\n';
     } else {

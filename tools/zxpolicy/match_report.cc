@@ -2,11 +2,10 @@
 
 #include <cmath>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <set>
 
-#include "json_line.h"
+#include "json.h"
 #include "table.h"
 #include "text.h"
 
@@ -62,11 +61,10 @@ std::string durationText(std::chrono::nanoseconds duration) {
 }
 
 void printJson(std::ostream& out, const Envelope& envelope, const Decision& decision) {
-    nlohmann::ordered_json mail{{"sender", envelope.sender}, {"matches", nlohmann::ordered_json::array()}};
+    Json matches = Json::array();
     for (const MatchedRule& rule : decision.matches)
-        mail["matches"].push_back({{"rule", rule.path}, {"receivers", rule.receivers}, {"tasks", rule.tasks}});
-    mail["unmatched"] = decision.unmatched;
-    out << jsonLine(mail);
+        matches.add(Json::object({{"rule", rule.path}, {"receivers", rule.receivers}, {"tasks", rule.tasks}}));
+    out << Json::object({{"sender", envelope.sender}, {"matches", matches}, {"unmatched", decision.unmatched}}).line();
 }
 
 void printText(std::ostream& out, const Envelope& envelope, const Decision& decision) {

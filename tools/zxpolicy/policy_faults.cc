@@ -22,6 +22,9 @@ public:
             if (directory != nullptr && directory->password)
                 add(where + ": its password", textFault(*directory->password, kMaxPassword));
         }
+        Names classifications;
+        for (const Classification& classification : policy.classifications)
+            lookAtClassification(classification, classifications);
         if (policy.root.conditions.empty()) add("rule \\", "has no conditions");
         lookAtRule(policy.root, "\\", 1);
         return std::move(_faults);
@@ -39,6 +42,17 @@ private:
         add(where, nameFault(name));
         const auto [found, isNew] = siblings.emplace(lowerCase(name), name);
         if (!isNew) add(where, "differs from " + inQuotes(found->second, kMaxName) + " only in letter case");
+    }
+
+    void lookAtClassification(const Classification& classification, Names& siblings) {
+        const std::string where = "classification " + inQuotes(classification.name, kMaxName);
+        lookAtName(where, classification.name, siblings);
+        Names actions;
+        for (const Action& action : classification.actions) {
+            const std::string subject = "action " + inQuotes(action.name, kMaxName) + " of " + where;
+            lookAtName(subject, action.name, actions);
+            lookAtSetting(subject, action.setting);
+        }
     }
 
     void lookAtRule(const Rule& rule, const std::string& path, size_t depth) {
@@ -72,13 +86,17 @@ private:
         lookAtName(where, task.name, siblings);
         if (fullName.size() > kMaxName) add(where, "has a full name longer than 255 bytes");
         Names outcomes;
-        for (const auto& [name, text] : task.outcomes) {
+        for (const auto& [name, outcome] : task.outcomes) {
             const std::string subject = where + ": outcome " + inQuotes(name, kMaxName);
             lookAtName(subject, name, outcomes);
-            if (text.empty()) add(subject, "is empty");
+            if (outcome.text.empty()) add(subject, "is empty");
         }
+        lookAtSetting(where, task.setting);
+    }
+
+    void lookAtSetting(const std::string& where, const Setting& setting) {
         std::map<std::string, Names> settings;
-        for (const auto& [path, item] : task.setting) {
+        for (const auto& [path, item] : setting) {
             const size_t slash = path.rfind('\\');
             const std::string parent = slash == std::string::npos ? "" : path.substr(0, slash);
             const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);

@@ -38,6 +38,13 @@ bool sameTask(const Task& a, const Task& b) {
     return fields(a) == fields(b);
 }
 
+std::map<std::string, Classification> byName(const std::vector<Classification>& classifications) {
+    std::map<std::string, Classification> sorted;
+    for (const Classification& classification : classifications)
+        sorted.emplace(classification.name, classification);
+    return sorted;
+}
+
 std::string ruleDifference(const std::string& path, const Rule& a, const Rule& b) {
     if (a.displayName != b.displayName || a.comment != b.comment || a.matchType != b.matchType)
         return "the attributes of rule " + path;
@@ -66,6 +73,21 @@ bool PathOrder::operator()(const std::string& a, const std::string& b) const {
 bool operator==(const Condition& a, const Condition& b) {
     return a.sender == b.sender && a.receiver == b.receiver;
 }
+bool operator==(const OutcomeText& a, const OutcomeText& b) {
+    return a.text == b.text;
+}
+bool operator==(const Action& a, const Action& b) {
+    const auto fields = [](const Action& action) {
+        return std::tie(action.name, action.displayName, action.comment, action.actionType, action.setting);
+    };
+    return fields(a) == fields(b);
+}
+bool operator==(const Classification& a, const Classification& b) {
+    const auto fields = [](const Classification& entry) {
+        return std::tie(entry.name, entry.displayName, entry.comment, entry.actions);
+    };
+    return fields(a) == fields(b);
+}
 bool operator==(const SettingKey&, const SettingKey&) {
     return true;
 }
@@ -92,6 +114,7 @@ std::string firstDifference(const Policy& a, const Policy& b) {
     };
     if (!std::equal(a.lists.begin(), a.lists.end(), b.lists.begin(), b.lists.end(), sameEntry))
         return "the address lists";
+    if (byName(a.classifications) != byName(b.classifications)) return "the classifications";
     if (a.exclusiveFilters != b.exclusiveFilters) return "the exclusive filters";
     return ruleDifference("\\", a.root, b.root);
 }

@@ -18,6 +18,8 @@ struct Condition {
     std::string sender;
     std::string receiver;
     Place place;
+    Place senderPlace = {};
+    Place receiverPlace = {};
 };
 
 // A mark that switches a task off for a rule, by the task's full name.
@@ -26,10 +28,10 @@ struct InactiveMark {
     Place place;
 };
 
-// A key without content of its own in a task's settings.
+// A key without content of its own in a setting.
 struct SettingKey {};
 
-// One item of a task's settings: a key, a number, a text, or a list of texts.
+// One item of a setting: a key, a number, a text, or a list of texts.
 using SettingItem = std::variant<SettingKey, uint32_t, std::string, std::vector<std::string>>;
 
 // Orders paths so that everything below a key follows it at once: the backslash before all other characters.
@@ -37,8 +39,14 @@ struct PathOrder {
     bool operator()(const std::string& a, const std::string& b) const;
 };
 
-// A task's settings by path: names joined by backslashes. Every key above an item has an entry of its own.
+// The setting of a task or an action by path: names joined by backslashes. Every key above an item has an entry of its
+// own.
 using Setting = std::map<std::string, SettingItem, PathOrder>;
+
+struct OutcomeText {
+    std::string text;
+    Place place;
+};
 
 struct Task {
     std::string name;
@@ -47,7 +55,7 @@ struct Task {
     uint32_t filter = 0;
     bool enable = true;
     bool overridable = false;
-    std::map<std::string, std::string> outcomes;
+    std::map<std::string, OutcomeText> outcomes;
     Setting setting;
     Place place;
 };
@@ -87,16 +95,36 @@ struct NormalList {
 
 using AddressList = std::variant<NormalList, DirectoryList>;
 
+// Something that a program does with mail of a classification.
+struct Action {
+    std::string name;
+    std::string displayName;
+    std::string comment;
+    uint32_t actionType = 0;
+    Setting setting;
+};
+
+struct Classification {
+    std::string name;
+    std::string displayName;
+    std::string comment;
+    std::vector<Action> actions;
+};
+
 // Which task of an exclusive filter type survives.
 enum class FilterPriority : uint32_t { Ascending = 0, Descending = 1 };
 
 struct Policy {
     std::map<std::string, AddressList> lists;
+    std::vector<Classification> classifications;  // by unique names; their order is kept, but has no meaning
     std::map<uint32_t, FilterPriority> exclusiveFilters;
     Rule root;
 };
 
 bool operator==(const Condition& a, const Condition& b);
+bool operator==(const OutcomeText& a, const OutcomeText& b);
+bool operator==(const Action& a, const Action& b);
+bool operator==(const Classification& a, const Classification& b);
 bool operator==(const SettingKey& a, const SettingKey& b);
 bool operator!=(const SettingKey& a, const SettingKey& b);
 
@@ -109,7 +137,7 @@ std::vector<std::string> markedTasks(const Rule& rule);
 
 // What first differs between two policies, as a text such as "the tasks of rule \Sales"; empty when they are equal.
 // A password, or the addresses of a list, that one of them lacks count as equal, and so do addresses in another order
-// or spelling.
+// or spelling, and classifications in another order.
 std::string firstDifference(const Policy& a, const Policy& b);
 
 }  // namespace tool

@@ -7,8 +7,10 @@
 #include <cstring>
 #include <memory>
 
+#include "classification_reader.h"
 #include "list_reader.h"
 #include "policy_check.h"
+#include "policy_keys.h"
 #include "rule_reader.h"
 #include "text.h"
 #include "tool_error.h"
@@ -29,7 +31,7 @@ FilterPriority readPriority(const YamlReader& reader, const YamlNode& node) {
 
 void readExclusiveFilters(const YamlReader& reader, const YamlFields& top, Policy& policy) {
     for (const YamlNode& node : top.items("exclusiveFilters")) {
-        const YamlFields fields(reader, node, "an exclusive filter", {"filter", "priority"});
+        const YamlFields fields(reader, node, "an exclusive filter", kExclusiveFilterKeys);
         const uint32_t filter = reader.number(fields.need("filter"), "\"filter\" of an exclusive filter");
         const FilterPriority priority = readPriority(reader, fields.need("priority"));
         if (!policy.exclusiveFilters.emplace(filter, priority).second)
@@ -44,16 +46,14 @@ Policy readPolicy(const std::string& fileName, const std::string& text) {
     const YamlReader reader(source);
     const YamlNode document = parseYaml(source, text);
     if (document.kind == YamlNode::Kind::Null) source.fail({1, 1}, "the file is empty; it must begin with zxpolicy: 1");
-    const YamlFields top(reader, document, "the policy file",
-                         {"zxpolicy", "lists", "classifications", "exclusiveFilters", "root"});
+    const YamlFields top(reader, document, "the policy file", kFileKeys);
     const YamlNode& format = top.need("zxpolicy");
     if (reader.number(format, "\"zxpolicy\"") != kFormat)
         source.fail(format.place, "policy format " + inQuotes(format.text) + " is not known; this version reads 1");
-    if (const YamlNode* classifications = top.find("classifications"))
-        source.fail(classifications->place, "\"classifications\" are not supported by this version");
 
     Policy policy;
     readLists(reader, top, policy);
+    policy.classifications = readClassifications(reader, top);
     readExclusiveFilters(reader, top, policy);
     policy.root = readRootRule(reader, top.need("root"));
     return policy;

@@ -2,11 +2,14 @@
 
 #include <cstring>
 
+#include "classification_store_reader.h"
 #include "list_store_reader.h"
 #include "names_of.h"
 #include "policy_faults.h"
 #include "raw_key.h"
 #include "result_names.h"
+#include "setting_store_reader.h"
+#include "snapshot.h"
 #include "store_audit.h"
 #include "text.h"
 #include "tool_error.h"
@@ -14,45 +17,6 @@
 namespace tool {
 
 namespace {
-
-constexpr int kSnapshotTries = 3;
-
-void readOutcomes(const TaskHandle& handle, const std::string& where, Task& task) {
-    std::string value(1024, '\0');
-    for (uint32_t index = 0;;) {
-        char name[ZXPOL_NAME_SIZE];
-        uint32_t nameSize = sizeof name;
-        auto valueSize = static_cast<uint32_t>(value.size());
-        int result = ZXPOL_S_OK;
-        zxpol_enumOutcome(handle.get(), index, name, &nameSize, value.data(), &valueSize, &result);
-        if (hasReason(result, kReasonEnd)) return;
-        if (hasReason(result, kReasonTooSmall) && valueSize > value.size()) {
-            value.resize(valueSize);
-            continue;
-        }
-        require(result, "cannot read the outcomes of task " + where);
-        task.outcomes.emplace(name, value.c_str());
-        ++index;
-    }
-}
-
-void readSetting(_ZxPolComHandle* key, const std::string& prefix, Setting& setting) {
-    for (const RawValue& value : rawValues(key)) {
-        SettingItem& item = setting[prefix + value.name];
-        std::vector<std::string> texts;
-        if (value.type == ZXREG_NUMBER)
-            item = numberOf(value);
-        else if (value.type == ZXREG_MULTI_STRING && splitTexts(value, texts))
-            item = texts;
-        else
-            item = textOf(value);
-    }
-    for (const std::string& name : rawSubkeys(key)) {
-        setting.emplace(prefix + name, SettingKey{});
-        const KeyHandle below = openRawKey(key, name);
-        readSetting(below.get(), prefix + name + "\\", setting);
-    }
-}
 
 Task readTask(const RuleHandle& rule, const std::string& name, const std::string& fullName) {
     const std::string where = oneLine(fullName);
@@ -69,8 +33,8 @@ Task readTask(const RuleHandle& rule, const std::string& name, const std::string
     task.filter = attr.filter;
     task.enable = attr.enable != 0;
     task.overridable = attr.overridable != 0;
-    readOutcomes(handle, where, task);
-    readSetting(settingKey.get(), "", task.setting);
+    task.outcomes = readStoredOutcomes(handle, where);
+    task.setting = readStoredSetting(settingKey.get());
     return task;
 }
 
@@ -111,17 +75,6 @@ void readExclusiveFilters(const RuleHiveHandle& hive, Policy& policy) {
     }
 }
 
-// Reads a policy when the store did not change meanwhile; false when it did.
-bool tryReading(const Store& store, Secrets secrets, StoredPolicy& stored) {
-    const uint64_t before = store.stamp();
-    try {
-        stored = readStoredPolicy(store, secrets);
-    } catch (const StoreError&) {
-        if (store.stamp() == before) throw;
-    }
-    return store.stamp() == before;
-}
-
 }  // namespace
 
 std::string childRuleKey(const std::string& ruleKey, const std::string& name) {
@@ -150,6 +103,26 @@ std::vector<Condition> readStoredConditions(const RuleHandle& rule, const std::s
     }
 }
 
+std::map<std::string, OutcomeText> readStoredOutcomes(const TaskHandle& handle, const std::string& where) {
+    std::map<std::string, OutcomeText> outcomes;
+    std::string value(1024, '\0');
+    for (uint32_t index = 0;;) {
+        char name[ZXPOL_NAME_SIZE];
+        uint32_t nameSize = sizeof name;
+        auto valueSize = static_cast<uint32_t>(value.size());
+        int result = ZXPOL_S_OK;
+        zxpol_enumOutcome(handle.get(), index, name, &nameSize, value.data(), &valueSize, &result);
+        if (hasReason(result, kReasonEnd)) return outcomes;
+        if (hasReason(result, kReasonTooSmall) && valueSize > value.size()) {
+            value.resize(valueSize);
+            continue;
+        }
+        require(result, "cannot read the outcomes of task " + where);
+        outcomes.emplace(name, OutcomeText{value.c_str(), {}});
+        ++index;
+    }
+}
+
 StoredPolicy readStoredPolicy(const Store& store, Secrets secrets) {
     StoredPolicy stored;
     stored.problems = auditStore(store.key());
@@ -162,6 +135,7 @@ StoredPolicy readStoredPolicy(const Store& store, Secrets secrets) {
     require(result, "cannot open the policy in " + oneLine(store.location()));
     for (const std::string& name : namesOf(zxpol_enumAddrList, lists.get(), "the address lists"))
         stored.policy.lists.emplace(name, readStoredList(store, lists, name, secrets));
+    stored.policy.classifications = readStoredClassifications(store);
     readExclusiveFilters(rules, stored.policy);
     stored.policy.root = readRule(store, root, "\\", kRootRuleKey);
     stored.problems = policyFaults(stored.policy);
@@ -169,13 +143,7 @@ StoredPolicy readStoredPolicy(const Store& store, Secrets secrets) {
 }
 
 StoredPolicy readPolicySnapshot(const Store& store, Secrets secrets) {
-    StoredPolicy stored;
-    for (int i = 0; i < kSnapshotTries; ++i)
-        if (tryReading(store, secrets, stored)) return stored;
-    StoreUpdate update(store);
-    stored = readStoredPolicy(store, secrets);
-    update.cancel();
-    return stored;
+    return readAtOneMoment(store, [&] { return readStoredPolicy(store, secrets); });
 }
 
 void requireNoProblems(const std::vector<std::string>& problems, const std::string& what) {

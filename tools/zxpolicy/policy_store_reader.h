@@ -1,6 +1,7 @@
 // Store to model.
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -34,5 +35,8 @@ std::string childRuleKey(const std::string& ruleKey, const std::string& name);
 
 // The conditions of an open rule of match type 0. Throws a StoreError.
 std::vector<Condition> readStoredConditions(const RuleHandle& rule, const std::string& where);
+
+// The outcomes of an open task by name. Throws a StoreError.
+std::map<std::string, OutcomeText> readStoredOutcomes(const TaskHandle& task, const std::string& where);
 
 }  // namespace tool

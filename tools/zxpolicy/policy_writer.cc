@@ -109,6 +109,34 @@ Setting::const_iterator writeSetting(YamlOut& out, Setting::const_iterator item,
     return item;
 }
 
+void writeSetting(YamlOut& out, const Setting& setting) {
+    if (setting.empty()) return;
+    out.enter("setting");
+    writeSetting(out, setting.begin(), setting.end(), "");
+    out.leave();
+}
+
+void writeClassification(YamlOut& out, const Classification& classification) {
+    out.item();
+    out.entry("name", yamlText(classification.name));
+    out.text("displayName", classification.displayName);
+    out.text("comment", classification.comment);
+    if (!classification.actions.empty()) {
+        out.enter("actions");
+        for (const Action& action : classification.actions) {
+            out.item();
+            out.entry("name", yamlText(action.name));
+            out.text("displayName", action.displayName);
+            out.text("comment", action.comment);
+            out.number("actionType", action.actionType);
+            writeSetting(out, action.setting);
+            out.leave();
+        }
+        out.leave();
+    }
+    out.leave();
+}
+
 void writeTask(YamlOut& out, const Task& task) {
     out.item();
     out.entry("name", yamlText(task.name));
@@ -119,15 +147,11 @@ void writeTask(YamlOut& out, const Task& task) {
     if (task.overridable) out.entry("overridable", "true");
     if (!task.outcomes.empty()) {
         out.enter("outcomes");
-        for (const auto& [name, text] : task.outcomes)
-            out.line(yamlText(name) + ": " + yamlText(text));
+        for (const auto& [name, outcome] : task.outcomes)
+            out.line(yamlText(name) + ": " + yamlText(outcome.text));
         out.leave();
     }
-    if (!task.setting.empty()) {
-        out.enter("setting");
-        writeSetting(out, task.setting.begin(), task.setting.end(), "");
-        out.leave();
-    }
+    writeSetting(out, task.setting);
     out.leave();
 }
 
@@ -175,6 +199,12 @@ std::string writePolicy(const Policy& policy) {
         out.enter("lists");
         for (const auto& [name, list] : policy.lists)
             writeList(out, name, list);
+        out.leave();
+    }
+    if (!policy.classifications.empty()) {
+        out.enter("classifications");
+        for (const Classification& classification : policy.classifications)
+            writeClassification(out, classification);
         out.leave();
     }
     if (!policy.exclusiveFilters.empty()) {

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "policy_check.h"
+#include "policy_keys.h"
 #include "policy_limits.h"
 #include "task_reader.h"
 #include "text.h"
@@ -11,8 +12,6 @@
 namespace tool {
 
 namespace {
-
-constexpr size_t kAnyLength = std::numeric_limits<size_t>::max();
 
 std::string readSide(const YamlReader& reader, const YamlFields& fields, const char* key, bool isSender) {
     const YamlNode& node = fields.need(key);
@@ -25,10 +24,11 @@ std::string readSide(const YamlReader& reader, const YamlFields& fields, const c
 
 void readConditions(const YamlReader& reader, const YamlFields& fields, Rule& rule) {
     for (const YamlNode& node : fields.items("conditions")) {
-        const YamlFields sides(reader, node, "a condition", {"sender", "receiver"});
+        const YamlFields sides(reader, node, "a condition", kConditionKeys);
         std::string sender = readSide(reader, sides, "sender", true);
         std::string receiver = readSide(reader, sides, "receiver", false);
-        rule.conditions.push_back({std::move(sender), std::move(receiver), node.place});
+        rule.conditions.push_back({std::move(sender), std::move(receiver), node.place, sides.need("sender").place,
+                                   sides.need("receiver").place});
     }
 }
 
@@ -69,9 +69,7 @@ Rule readRule(const YamlReader& reader, const YamlNode& node, const YamlFields& 
     readTasks(reader, fields, path, rule);
     UniqueNames names(reader.source(), "rule");
     for (const YamlNode& child : fields.items("rules")) {
-        const YamlFields below(
-            reader, child, "a rule",
-            {"name", "displayName", "comment", "matchType", "conditions", "inactive", "tasks", "rules"});
+        const YamlFields below(reader, child, "a rule", kRuleKeys);
         const YamlNode& nameNode = below.need("name");
         std::string name = reader.name(nameNode, "the name of a rule");
         names.add(name, nameNode.place);
@@ -84,8 +82,7 @@ Rule readRule(const YamlReader& reader, const YamlNode& node, const YamlFields& 
 }  // namespace
 
 Rule readRootRule(const YamlReader& reader, const YamlNode& node) {
-    const YamlFields fields(reader, node, "the root rule",
-                            {"displayName", "comment", "matchType", "conditions", "inactive", "tasks", "rules"});
+    const YamlFields fields(reader, node, "the root rule", kRootKeys);
     Rule root = readRule(reader, node, fields, "\\", 1);
     if (root.conditions.empty()) {
         const YamlNode* conditions = fields.find("conditions");

@@ -65,7 +65,7 @@ void removeItem(_ZxPolComHandle* key, const std::string& path, bool isSubkey, co
 std::vector<std::string> applySetting(_ZxPolComHandle* key, const std::string& where, const Setting& current,
                                       const Setting& wanted) {
     std::vector<std::string> details;
-    const auto label = [&](const std::string& path) { return "setting " + inQuotes(path) + " of task " + where; };
+    const auto label = [&](const std::string& path) { return "setting " + inQuotes(path) + " of " + where; };
     // Backwards, so that a key is empty when its turn comes.
     for (auto item = current.rbegin(); item != current.rend(); ++item) {
         const auto found = wanted.find(item->first);

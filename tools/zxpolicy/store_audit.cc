@@ -157,7 +157,35 @@ private:
     void lookAtClassifications(_ZxPolComHandle* hive) {
         lookAtValues(hive, "the classifications' key", {}, noFamily);
         for (const std::string& name : rawSubkeys(hive))
-            add("classification " + inQuotes(name, kMaxName), "is not supported by this version");
+            if (const KeyHandle classification = openRawKey(hive, name))
+                lookAtClassification(classification.get(), "classification " + inQuotes(name, kMaxName));
+    }
+
+    void lookAtClassification(_ZxPolComHandle* key, const std::string& where) {
+        lookAtValues(key, where, {{"displayName", ZXREG_STRING, kMaxName}, {"comment", ZXREG_STRING, kMaxComment}},
+                     noFamily);
+        lookAtSubkeys(key, where, {"actions"});
+        forEachBelow(key, where, "actions", [&](_ZxPolComHandle* action, const std::string& name) {
+            lookAtAction(action, "action " + inQuotes(name, kMaxName) + " of " + where);
+        });
+    }
+
+    void lookAtAction(_ZxPolComHandle* key, const std::string& where) {
+        lookAtValues(key, where,
+                     {{"displayName", ZXREG_STRING, kMaxName},
+                      {"comment", ZXREG_STRING, kMaxComment},
+                      {"order", ZXREG_NUMBER, 0},
+                      {"actionType", ZXREG_NUMBER, 0}},
+                     noFamily);
+        lookAtSubkeys(key, where, {"setting"});
+        lookAtSettingKey(key, where);
+    }
+
+    void lookAtSettingKey(_ZxPolComHandle* key, const std::string& where) {
+        if (const KeyHandle setting = openRawKey(key, "setting"))
+            lookAtSetting(setting.get(), where, "", 1);
+        else
+            add(where, "lacks its key \"setting\"");
     }
 
     void lookAtRuleHive(_ZxPolComHandle* hive) {
@@ -238,10 +266,7 @@ private:
                 add(where, "has a value " + inQuotes(value.name) + " that is neither 0 nor 1");
         }
         lookAtSubkeys(key, where, {"setting", "Classification"});
-        if (const KeyHandle setting = openRawKey(key, "setting"))
-            lookAtSetting(setting.get(), where, "", 1);
-        else
-            add(where, "lacks its key \"setting\"");
+        lookAtSettingKey(key, where);
         const KeyHandle outcomes = openRawKey(key, "Classification");
         if (!outcomes) return;
         lookAtSubkeys(outcomes.get(), "the outcomes of " + where, {});
@@ -260,6 +285,7 @@ private:
             const std::string subject = "has a setting " + inQuotes(prefix + value.name, 1024);
             const bool isTwice = std::find(subkeys.begin(), subkeys.end(), value.name) != subkeys.end();
             if (isTwice) add(where, subject + " that is both a value and a key");
+            if (value.name.find('\\') != std::string::npos) add(where, subject + " whose name contains a backslash");
             const std::string fault =
                 value.type == ZXREG_PROTECTED_STRING ? "is protected, so that no file may say it"
                 : value.type == ZXREG_MULTI_STRING

@@ -35,20 +35,20 @@ std::vector<std::string> applyOutcomes(const TaskHandle& handle, const std::stri
                                        const Task& wanted) {
     std::vector<std::string> details;
     int result = ZXPOL_S_OK;
-    for (const auto& [name, text] : current.outcomes) {
+    for (const auto& [name, outcome] : current.outcomes) {
         if (wanted.outcomes.count(name) != 0) continue;
         zxpol_deleteOutcome(handle.get(), name.c_str(), &result);
         require(result, "cannot delete outcome " + inQuotes(name, 255) + " of task " + where);
         details.push_back("deleted outcome " + inQuotes(name));
     }
-    for (const auto& [name, text] : wanted.outcomes) {
+    for (const auto& [name, outcome] : wanted.outcomes) {
         const auto found = current.outcomes.find(name);
         const bool isNew = found == current.outcomes.end();
-        if (!isNew && found->second == text) continue;
-        zxpol_addOutcome(handle.get(), name.c_str(), text.c_str(), &result);
+        if (!isNew && found->second == outcome) continue;
+        zxpol_addOutcome(handle.get(), name.c_str(), outcome.text.c_str(), &result);
         require(result, "cannot set outcome " + inQuotes(name, 255) + " of task " + where);
-        details.push_back("outcome " + inQuotes(name) + ": " + (isNew ? "" : inQuotes(found->second) + " -> ") +
-                          inQuotes(text));
+        details.push_back("outcome " + inQuotes(name) + ": " + (isNew ? "" : inQuotes(found->second.text) + " -> ") +
+                          inQuotes(outcome.text));
     }
     return details;
 }
@@ -136,7 +136,7 @@ private:
         zxpol_getTaskAttrib(handle.get(), &attr, &result);
         const KeyHandle setting(attr.setting);
         require(result, "cannot open the settings of task " + where);
-        for (const std::string& detail : applySetting(setting.get(), where, current.setting, wanted.setting))
+        for (const std::string& detail : applySetting(setting.get(), "task " + where, current.setting, wanted.setting))
             details.push_back(detail);
         return details;
     }

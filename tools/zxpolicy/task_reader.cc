@@ -1,18 +1,14 @@
 #include "task_reader.h"
 
-#include <algorithm>
-#include <limits>
-
 #include "policy_check.h"
-#include "policy_limits.h"
+#include "policy_keys.h"
+#include "setting_reader.h"
 #include "text.h"
 #include "unique_names.h"
 
 namespace tool {
 
 namespace {
-
-constexpr size_t kAnyLength = std::numeric_limits<size_t>::max();
 
 void readOutcomes(const YamlReader& reader, const YamlFields& fields, Task& task) {
     const YamlNode* node = fields.find("outcomes");
@@ -26,51 +22,14 @@ void readOutcomes(const YamlReader& reader, const YamlFields& fields, Task& task
         names.add(name, key.place);
         std::string text = reader.text(value, "outcome " + inQuotes(name, kMaxName), kAnyLength);
         if (text.empty()) reader.source().fail(value.place, "outcome " + inQuotes(name, kMaxName) + " is empty");
-        task.outcomes.emplace(name, std::move(text));
-    }
-}
-
-std::vector<std::string> readTexts(const YamlReader& reader, const YamlNode& node, const std::string& what) {
-    std::vector<std::string> texts;
-    for (const YamlNode& item : node.items) {
-        texts.push_back(reader.text(item, "an item of " + what, kAnyLength));
-        if (texts.back().empty())
-            reader.source().fail(item.place, "an item of " + what + " is empty, which a list of texts cannot hold");
-    }
-    return texts;
-}
-
-// Reads a map of settings below `prefix`, which is empty or ends with a backslash.
-void readSetting(const YamlReader& reader, const YamlNode& node, const std::string& prefix, Setting& setting) {
-    if (static_cast<size_t>(std::count(prefix.begin(), prefix.end(), '\\')) >= kMaxSettingDepth)
-        reader.source().fail(node.place, "settings nest deeper than " + std::to_string(kMaxSettingDepth) + " levels");
-    UniqueNames names(reader.source(), "setting");
-    for (size_t i = 0; i + 1 < node.items.size(); i += 2) {
-        const YamlNode& value = node.items[i + 1];
-        const std::string name = reader.name(node.items[i], "the name of a setting");
-        names.add(name, node.items[i].place);
-        const std::string path = prefix + name;
-        const std::string what = "setting " + inQuotes(path, kMaxName);
-        if (value.kind == YamlNode::Kind::Map) {
-            reader.map(value, what);
-            setting.emplace(path, SettingKey{});
-            readSetting(reader, value, path + "\\", setting);
-        } else if (value.kind == YamlNode::Kind::Sequence) {
-            setting.emplace(path, readTexts(reader, reader.sequence(value, what), what));
-        } else if (reader.isNumber(value)) {
-            setting.emplace(path, reader.number(value, what));
-        } else {
-            setting.emplace(path, reader.text(value, what, kAnyLength));
-        }
+        task.outcomes.emplace(name, OutcomeText{std::move(text), value.place});
     }
 }
 
 }  // namespace
 
 Task readTask(const YamlReader& reader, const YamlNode& node, const std::string& rulePath) {
-    const YamlFields fields(
-        reader, node, "a task",
-        {"name", "displayName", "comment", "filter", "enable", "overridable", "outcomes", "setting"});
+    const YamlFields fields(reader, node, "a task", kTaskKeys);
     Task task;
     task.place = node.place;
     const YamlNode& nameNode = fields.need("name");
@@ -85,8 +44,7 @@ Task readTask(const YamlReader& reader, const YamlNode& node, const std::string&
     task.enable = fields.truth("enable", true);
     task.overridable = fields.truth("overridable", false);
     readOutcomes(reader, fields, task);
-    if (const YamlNode* setting = fields.find("setting"))
-        readSetting(reader, reader.map(*setting, "\"setting\" of a task"), "", task.setting);
+    task.setting = readSetting(reader, fields, "a task");
     return task;
 }
 

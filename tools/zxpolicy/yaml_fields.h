@@ -10,6 +10,9 @@
 
 namespace tool {
 
+// For texts that may have any length.
+constexpr size_t kAnyLength = SIZE_MAX;
+
 // Reads the value of one node; `what` names it in errors. All throw a PolicyError.
 class YamlReader {
 public:

@@ -1,0 +1,291 @@
+#include "command_line.h"
+
+// The parser's header takes longer to compile than all else here: this is the one file that has it.
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <memory>
+
+#include "apply.h"
+#include "dump_command.h"
+#include "list_commands.h"
+#include "match_command.h"
+#include "refs_command.h"
+#include "rule_tasks.h"
+#include "text.h"
+#include "tool_error.h"
+#include "version.h"
+
+namespace tool {
+
+namespace {
+
+constexpr const char* kStoreHelp = "The store: sqlite:PATH or memory:NAME";
+constexpr const char* kStatusHelp =
+    "Exit status: 0 success, 1 the answer is no, 2 wrong usage, 3 the store or the policy failed.";
+constexpr const char* kDryRunHelp = "Say what would change, and change nothing";
+
+// The words that an option takes.
+template <class Value>
+using Words = std::map<std::string, Value>;
+
+const Words<OutputFormat> kFormats{{"text", OutputFormat::Text}, {"json", OutputFormat::Json}};
+const Words<ZxPolMatchWeightType> kWeights{{"domain", ZXPOL_WEIGHT_DOMAIN_FIRST}, {"name", ZXPOL_WEIGHT_NAME_FIRST}};
+const Words<ZxPolMatchPriorityType> kPriorities{{"total", ZXPOL_PRIORITY_TOTAL},
+                                                {"sender", ZXPOL_PRIORITY_SENDER_FIRST},
+                                                {"receiver", ZXPOL_PRIORITY_RECEIVER_FIRST}};
+const Words<ListOrder> kOrders{
+    {"user", ListOrder::User}, {"ascending", ListOrder::Ascending}, {"descending", ListOrder::Descending}};
+const Words<AddressFileFormat> kFileFormats{{"plain", AddressFileFormat::Plain},
+                                            {"directory", AddressFileFormat::Directory}};
+
+// Adds an option that takes one of the words, which must outlive the command.
+template <class Value>
+CLI::Option* addWord(CLI::App& command, const std::string& name, Value& value, const Words<Value>& words,
+                     const std::string& help) {
+    std::string list;
+    for (const auto& [word, meaning] : words)
+        list += (list.empty() ? "" : "|") + word;
+    const auto set = [&value, &words, name, list](const std::string& text) {
+        const auto found = words.find(text);
+        if (found == words.end()) throw CLI::ValidationError(name, inQuotes(text) + " is not one of " + list);
+        value = found->second;
+    };
+    return command.add_option_function<std::string>(name, set, help)->type_name(list);
+}
+
+// Adds --json, and --format as well unless that means something else in this command.
+void addReport(CLI::App& command, OutputFormat& format, bool hasFormat = true) {
+    const auto setJson = [&format](int64_t) { format = OutputFormat::Json; };
+    CLI::Option* json = command.add_flag_function("--json", setJson, "Report as JSON");
+    if (hasFormat) addWord(command, "--format", format, kFormats, "How to report (default text)")->excludes(json);
+}
+
+TaskLookup lookupTasks(const Store& store) {
+    return [tasks = std::make_shared<const RuleTasks>(store)](const std::string& rulePath) {
+        return tasks->namesOf(rulePath);
+    };
+}
+
+// The options and commands, and the command that was chosen.
+class CommandLine {
+public:
+    CommandLine() {
+        _app.require_subcommand(1);
+        _app.fallthrough();
+        _app.footer(kStatusHelp);
+        _app.set_version_flag("--version", versionText());
+        _app.add_option("--store", _store, kStoreHelp)
+            ->envname("ZXPOLICY_STORE")
+            ->type_name("LOCATION")
+            ->capture_default_str();
+        addApply();
+        addDump();
+        addMatch();
+        addRefs();
+        addList();
+    }
+
+    int run(int argc, char** argv) {
+        try {
+            _app.parse(argc, argv);
+        } catch (const CLI::Success& success) {
+            return _app.exit(success), kSuccess;
+        } catch (const CLI::ParseError& wrong) {
+            throw UsageError(explain(wrong) + " (try --help)");
+        }
+        return _command();
+    }
+
+private:
+    std::string explain(const CLI::ParseError& wrong) const {
+        const bool hasNoCommand = _app.get_subcommands().empty();
+        const std::vector<std::string> unknown = _app.remaining();
+        if (hasNoCommand && !unknown.empty()) return "there is no command or option " + inQuotes(unknown.front());
+        if (hasNoCommand && wrong.get_name() == "RequiredError")
+            return "a command is needed: apply, dump, match, refs or list";
+        return oneLine(wrong.what());
+    }
+
+    // Has `run` called when the command is chosen, with the store in its options by then.
+    template <class Options>
+    void onCall(CLI::App& command, Options& options, std::function<ExitStatus()> run) {
+        command.callback([this, &options, run = std::move(run)] {
+            options.store = _store;
+            _command = run;
+        });
+    }
+
+    void addApply() {
+        CLI::App& command = *_app.add_subcommand("apply", "Make the store hold exactly the policy in a file");
+        command.add_option("FILE", _apply.file, "The policy file; - is standard input")->required();
+        command.add_flag("--dry-run", _apply.isDryRun, kDryRunHelp);
+        command.add_flag("--allow-dangling", _apply.allowsDangling,
+                         "Only warn of conditions that name no list of the file");
+        addReport(command, _apply.format);
+        onCall(command, _apply, [this] { return runApply(_apply, std::cout, std::cerr), kSuccess; });
+    }
+
+    void addDump() {
+        CLI::App& command = *_app.add_subcommand("dump", "Print the store's policy as a policy file");
+        command.add_flag("--with-secrets", _dump.withSecrets, "Print the passwords of directory lists too");
+        onCall(command, _dump, [this] { return runDump(_dump, std::cout), kSuccess; });
+    }
+
+    void addMatch() {
+        CLI::App& command = *_app.add_subcommand("match", "Decide on mails: which rule, which tasks");
+        CLI::Option* sender =
+            command.add_option("--sender", _match.sender, "The sender of a mail; <> is the null sender");
+        CLI::Option* receivers = command.add_option("--receiver", _match.receivers, "The receivers of the mail");
+        CLI::Option* envelopes = command.add_option(
+            "--envelopes", _file, "A file of mails, one a line: sender, TAB, receivers by comma; - is standard input");
+        sender->type_name("ADDRESS")->needs(receivers)->excludes(envelopes);
+        receivers->type_name("ADDRESS")->needs(sender)->excludes(envelopes);
+        envelopes->type_name("FILE");
+        CLI::Option* best = command.add_flag("--best", _match.match.isBest, "Take the best match, not the first");
+        addWord(command, "--priority", _match.match.priority, kPriorities,
+                "What the best match compares (default total)")
+            ->needs(best);
+        addWord(command, "--weight", _match.match.weight, kWeights, "What weighs more in a pattern (default domain)")
+            ->needs(best);
+        addReport(command, _match.format);
+        command.callback([this, sender, envelopes] {
+            if (sender->count() == 0 && envelopes->count() == 0)
+                throw CLI::ValidationError("match needs --sender and --receiver, or --envelopes");
+            // An empty path is a path, if a bad one.
+            if (envelopes->count() != 0) _match.envelopes = _file;
+            _match.tasks = lookupTasks;
+            _match.store = _store;
+            _command = [this] { return runMatch(_match, std::cout), kSuccess; };
+        });
+    }
+
+    void addRefs() {
+        CLI::App& refs = *_app.add_subcommand("refs", "Say which rules refer to an address list or a classification");
+        refs.require_subcommand(1);
+        const auto addKind = [&](const char* name, const char* help, ZxPolRefEntity entity) {
+            CLI::App& command = *refs.add_subcommand(name, help);
+            command.add_option("NAME", _refs.name, "Its name, without parentheses; letter case does not count")
+                ->required();
+            addReport(command, _refs.format);
+            command.footer("Exit status: 0 rules refer to it, 1 none does.");
+            onCall(command, _refs, [this, entity] {
+                _refs.entity = entity;
+                return runRefs(_refs, std::cout);
+            });
+        };
+        addKind("list", "Rules with a condition on an address list", ZXPOL_REF_ADDRLIST);
+        addKind("classification", "Rules with an outcome that names a classification", ZXPOL_REF_CLASSIFICATION);
+    }
+
+    void addList() {
+        CLI::App& list = *_app.add_subcommand("list", "Look at address lists, and change them");
+        list.require_subcommand(0, 1);
+        list.footer("Without a command: all lists. Behind -- everything is a name or an address.");
+        addReport(list, _overview.format);
+        list.add_flag("--names", _overview.onlyNames, "Print the names alone, one a line")
+            ->excludes(list.get_option("--json"))
+            ->excludes(list.get_option("--format"));
+        // The commands' own callbacks come before this one.
+        list.callback([this, &list] {
+            if (!list.get_subcommands().empty()) return;
+            _overview.store = _store;
+            _command = [this] { return runListOverview(_overview, std::cout); };
+        });
+        addShow(list);
+        addCheck(list);
+        addEdit(list, "add", "Add addresses to a list", "Exit status: 1 some are invalid, the others are in.",
+                runListAdd);
+        addEdit(list, "remove", "Remove addresses from a list",
+                "Exit status: 1 some are not in the list, the others are gone.", runListRemove);
+        addImport(list);
+        addExport(list);
+    }
+
+    void addShow(CLI::App& list) {
+        CLI::App& command = *list.add_subcommand("show", "Print the addresses of a list; without a name, all lists");
+        CLI::Option* name = command.add_option("NAME", _show.name, "The list");
+        addWord(
+            command, "--order", _show.order, kOrders,
+            "user: as they were added (default); ascending: patterns first, then by text; descending: that backwards");
+        addReport(command, _show.format);
+        onCall(command, _show, [this, name] {
+            if (name->count() != 0) return runListShow(_show, std::cout);
+            _overview.store = _show.store;
+            _overview.format = _show.format;
+            return runListOverview(_overview, std::cout);
+        });
+    }
+
+    void addCheck(CLI::App& list) {
+        CLI::App& command =
+            *list.add_subcommand("check", "Say which entry of a list matches an address, and its weight");
+        command.add_option("NAME", _check.name, "The list")->required();
+        command.add_option("ADDRESS", _check.address, "The address; <> is the null sender")->required();
+        addWord(command, "--weight", _check.weight, kWeights, "What weighs more in a pattern (default domain)");
+        addReport(command, _check.format);
+        command.footer("Exit status: 0 the list matches, 1 it does not.");
+        onCall(command, _check, [this] { return runListCheck(_check, std::cout); });
+    }
+
+    using RunEdit = ExitStatus (*)(const ListEditOptions&, std::ostream&, std::ostream&);
+
+    void addEdit(CLI::App& list, const char* name, const char* help, const char* status, RunEdit edit) {
+        CLI::App& command = *list.add_subcommand(name, help);
+        command.add_option("NAME", _edit.name, "The list")->required();
+        command.add_option("ADDRESS", _edit.addresses, "Addresses, or patterns such as *@example.com")->required();
+        command.add_flag("--dry-run", _edit.isDryRun, kDryRunHelp);
+        addReport(command, _edit.format);
+        command.footer(status);
+        onCall(command, _edit, [this, edit] { return edit(_edit, std::cout, std::cerr); });
+    }
+
+    void addImport(CLI::App& list) {
+        CLI::App& command = *list.add_subcommand("import", "Add the addresses of a file to a list");
+        command.add_option("NAME", _import.name, "The list")->required();
+        command.add_option("FILE", _import.file, "The file; - is standard input")->required();
+        addWord(command, "--format", _import.fileFormat, kFileFormats,
+                "The file's format. plain: one address a line (default). directory: the lines of the attributes mail "
+                "and rfc822mailbox of a directory export");
+        command.add_flag("--replace", _import.isReplacing, "Remove the addresses that the list holds");
+        command.add_flag("--create", _import.mayCreate, "Make the list when there is none of this name");
+        command.add_flag("--dry-run", _import.isDryRun, kDryRunHelp);
+        addReport(command, _import.format, false);
+        command.footer("Exit status: 1 some lines are invalid, the others are in; 2 the file cannot be used.");
+        onCall(command, _import, [this] { return runListImport(_import, std::cout, std::cerr); });
+    }
+
+    void addExport(CLI::App& list) {
+        CLI::App& command = *list.add_subcommand("export", "Write the addresses of a list to a file, one a line");
+        command.add_option("NAME", _export.name, "The list")->required();
+        CLI::Option* file = command.add_option("FILE", _file, "The file (default standard output)");
+        onCall(command, _export, [this, file] {
+            if (file->count() != 0) _export.file = _file;
+            return runListExport(_export, std::cout);
+        });
+    }
+
+    CLI::App _app{"Keeps a mail-filtering policy in a store, and decides on mails by it.", "zxpolicy"};
+    std::string _store = "sqlite:policy.db";
+    ApplyOptions _apply;
+    DumpOptions _dump;
+    std::string _file;
+    MatchCommandOptions _match;
+    RefsOptions _refs;
+    ListOverviewOptions _overview;
+    ListShowOptions _show;
+    ListCheckOptions _check;
+    ListEditOptions _edit;
+    ListImportOptions _import;
+    ListExportOptions _export;
+    std::function<ExitStatus()> _command;
+};
+
+}  // namespace
+
+int runCommandLine(int argc, char** argv) {
+    return CommandLine().run(argc, argv);
+}
+
+}  // namespace tool
