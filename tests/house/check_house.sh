@@ -28,7 +28,7 @@ forbid() {
 code='\.(h|cc|c|in|def|cmake)$|CMakeLists\.txt$|^(quickstart|run-tests|run-bench)$|^scripts/|^\.ci/'
 forbid "a promise left in the code" '\b(TODO|FIXME|XXX|HACK)\b' "$code"
 forbid "a test that does not run" '\bDISABLED_[A-Za-z]|GTEST_SKIP\(' "$code"
-forbid "a path of this checkout" "(^|[^A-Za-z0-9_.})-])$(printf '%s' "$PWD" | sed 's/[][\.*^$+?(){}|]/\\&/g')(/|\b)"
+forbid "a path of this checkout" "(^|[^A-Za-z0-9_.})@-])$(printf '%s' "$PWD" | sed 's/[][\.*^$+?(){}|]/\\&/g')(/|\b)"
 forbid "a path of somebody's home" '(^|[^A-Za-z0-9_.])/(home|Users)/[a-z]'
 forbid "a carriage return in code" $'\r' "$code"
 

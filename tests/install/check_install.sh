@@ -36,12 +36,12 @@ files() {
         sed "s|^$ZX_LIBDIR/|LIBDIR/|" | sort
 }
 
-# no_trace FOLDER TEXT...: no file in the folder holds one of the texts.
+# no_trace FOLDER PATH...: no file in the folder names something below one of the paths.
 no_trace() {
     local folder=$1 text hits
     shift
     for text in "$@"; do
-        hits=$(grep -rlaF -- "$text" "$folder") && fault "$text is named in: $hits"
+        hits=$(grep -rlaF -- "$text/" "$folder") && fault "$text is named in: $hits"
     done
 }
 
