@@ -11,7 +11,9 @@
  *
  * Note the result argument: a call that finds a failure in it does nothing and leaves it there, so that a program may
  * make all its calls and test once. Closing and freeing are done all the same, and no answer at all is not the same as
- * the answer that no rule applies: a filter that was given a failure must not let the mail through unfiltered.
+ * the answer that no rule applies: a filter that was given a failure must not let the mail through unfiltered. Nor is
+ * an empty store a policy: opening the hives would make a root rule there that matches every mail and asks for nothing.
+ * So the program looks first whether there is a root rule.
  */
 #include <stdio.h>
 #include <zxpolicy.h>
@@ -33,9 +35,17 @@ static void print_pair(const _ZxPolMatchPair* pair, int* error) {
         print_task(pair->tasks[i], error);
 }
 
+/* Fails when the store holds no policy. */
+static void require_policy(_ZxPolComHandle* store, int* error) {
+    _ZxPolComHandle* root = zxreg_openKey(store, "Rule\\Mail", error);
+    if (root != NULL) zxreg_closeKey(root, error);
+}
+
 static void decide(_ZxPolComHandle* store, const char* sender, const char** receivers, int* error) {
     _ZxPolMatchPair* pairs = NULL;
     uint32_t count = 0;
+    require_policy(store, error);
+    if (ZX_FAILURE(*error)) return;
     _ZxPolComHandle* rules = zxpol_openRuleHive(store, 0, error);
     _ZxPolComHandle* lists = zxpol_openAddrListHive(store, error);
     zxpol_matchRuleByMailInfo(rules, lists, sender, receivers, &pairs, &count, error);

@@ -5,8 +5,8 @@
 //
 // The headers of the classes are installed below zxpolicy/. An object that an operation returns belongs to the caller:
 // put it into a std::unique_ptr at once. Objects do not depend on each other; a rule may be used after its hive is
-// gone. Every operation writes its own result, also success over a failure, so each is tested: `check` makes an
-// exception of a failure, which the flat interface never does.
+// gone. An operation wants a success in its result argument and writes its own result there, so each is tested at once:
+// `check` makes an exception of a failure, which the flat interface never does.
 //
 // The program makes the rule \Sales with two conditions and a task that has an outcome, and the rule \Sales\Press,
 // for which a mark switches that task off. It gives \Sales the first place among the rules and prints the tree. Run
@@ -35,13 +35,19 @@ void check(int error) {
     throw std::runtime_error(text);
 }
 
+// What does not fit is refused: a condition that was cut would be another one.
+template <size_t N>
+void copy(const char* text, char (&field)[N]) {
+    if (std::snprintf(field, N, "%s", text) >= static_cast<int>(N)) throw std::length_error(text);
+}
+
 // A condition crosses the interface as the bytes of its record, in a list that a null pointer closes.
 class Conditions {
 public:
     void add(const char* sender, const char* receiver) {
         _ZxPolAddrPairCond pair{};
-        std::snprintf(pair.sender, sizeof pair.sender, "%s", sender);
-        std::snprintf(pair.receiver, sizeof pair.receiver, "%s", receiver);
+        copy(sender, pair.sender);
+        copy(receiver, pair.receiver);
         _pairs.push_back(pair);
     }
 
@@ -60,7 +66,7 @@ private:
 
 Rule createRule(ZxPolRule& parent, const char* name, const char* displayName, Conditions conditions) {
     _ZxPolRuleAttr attr{};
-    std::snprintf(attr.displayName, sizeof attr.displayName, "%s", displayName);
+    copy(displayName, attr.displayName);
     int error = ZXPOL_S_OK;
     Rule rule(parent.createChildRule(name, &attr, conditions.list(), &error));
     check(error);
@@ -104,8 +110,8 @@ bool isEnd(int error) {
 
 void print(ZxPolRule& rule) {
     std::cout << (rule.name().empty() ? "\\" : rule.name()) << "\n";
-    int error = ZXPOL_S_OK;
     for (uint32_t index = 0;; ++index) {
+        int error = ZXPOL_S_OK;
         _ZxPolAddrPairCond pair{};
         uint32_t size = sizeof pair;
         rule.enumCondition(index, reinterpret_cast<unsigned char*>(&pair), &size, &error);
@@ -116,6 +122,7 @@ void print(ZxPolRule& rule) {
     for (const std::string& task : rule.inactiveTasks())
         std::cout << "  without " << task << "\n";
     for (uint32_t index = 0;; ++index) {
+        int error = ZXPOL_S_OK;
         char name[ZXPOL_NAME_SIZE];
         uint32_t size = sizeof name;
         rule.enumTask(index, name, &size, &error);
@@ -124,6 +131,7 @@ void print(ZxPolRule& rule) {
         std::cout << "  task " << name << "\n";
     }
     for (uint32_t index = 0;; ++index) {
+        int error = ZXPOL_S_OK;
         char name[ZXPOL_NAME_SIZE];
         uint32_t size = sizeof name;
         rule.enumChildRule(index, name, &size, &error);

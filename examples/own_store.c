@@ -12,7 +12,8 @@
  *     0x1804 (not found). All else of the codes is yours and passes through to the caller unchanged.
  *
  * The optional services (updates, stamps, identities) are left out. The library works without: each write is then
- * seen at once. The program makes a rule in its store, decides for a mail, and prints what lies in the store.
+ * seen at once. This store is for one thread; with several, each using handles of its own, it would need a lock around
+ * each operation. The program makes a rule in its store, decides for a mail, and prints what lies in the store.
  */
 #include <stdio.h>
 #include <stdlib.h>
@@ -21,7 +22,7 @@
 #include <zxregistry.h>
 
 enum { OK = 0, FAILED = -0x7fff0000, TOO_SMALL = FAILED + 6, NO_MORE = FAILED + 12, NOT_FOUND = FAILED + 0x1804 };
-enum { NO_MEMORY = FAILED + 0x100, NOT_EMPTY = FAILED + 0x101 };
+enum { NO_MEMORY = FAILED + 0x100, NOT_EMPTY = FAILED + 0x101, BAD_NAME = FAILED + 0x102 };
 
 /* A value, or a key: the subkeys and the values of a key hang in one list each. */
 typedef struct Item {
@@ -41,6 +42,11 @@ static Item root = {.users = 1};
 
 static void release(Item* item) {
     if (--item->users > 0) return;
+    while (item->keys != NULL) { /* made below a key that was deleted already */
+        Item* key = item->keys;
+        item->keys = key->next;
+        release(key);
+    }
     while (item->values != NULL) {
         Item* value = item->values;
         item->values = value->next;
@@ -64,7 +70,7 @@ static Item** at(Item** place, uint32_t index) {
 }
 
 static Item* append(Item** end, const char* name, size_t length) {
-    Item* item = length <= ZXREG_MAX_NAME ? calloc(1, sizeof *item) : NULL;
+    Item* item = calloc(1, sizeof *item);
     if (item == NULL) return NULL;
     memcpy(item->name, name, length);
     item->users = 1;
@@ -126,8 +132,8 @@ _ZxPolComHandle* zxreg_createKey(_ZxPolComHandle* key, const char* name, int* er
     Item** place = walk(&self, name);
     size_t length = 0;
     const char* last = last_name(name, &length);
-    *error = place != NULL ? NO_MEMORY : NOT_FOUND;
-    if (place == NULL || (*place == NULL && append(place, last, length) == NULL)) return NULL;
+    *error = place == NULL ? NOT_FOUND : length > ZXREG_MAX_NAME ? BAD_NAME : NO_MEMORY;
+    if (*error != NO_MEMORY || (*place == NULL && append(place, last, length) == NULL)) return NULL;
     return handle_of(*place, error);
 }
 
@@ -175,10 +181,11 @@ void zxreg_queryValue(_ZxPolComHandle* key, const char* name, uint32_t* type, vo
 
 void zxreg_setValue(_ZxPolComHandle* key, const char* name, uint32_t type, const void* data, uint32_t size,
                     int* error) {
-    Item** place = find(&((Item*)key->object)->values, name, strlen(name));
+    const size_t length = strlen(name);
+    Item** place = find(&((Item*)key->object)->values, name, length);
     void* copy = malloc(size > 0 ? size : 1);
-    *error = NO_MEMORY;
-    if (copy == NULL || (*place == NULL && append(place, name, strlen(name)) == NULL)) {
+    *error = length > ZXREG_MAX_NAME ? BAD_NAME : NO_MEMORY;
+    if (*error == BAD_NAME || copy == NULL || (*place == NULL && append(place, name, length) == NULL)) {
         free(copy);
         return;
     }
@@ -242,9 +249,9 @@ static void make_rule(_ZxPolComHandle* hive, int* error) {
     _ZxPolRuleAttr attr = {.displayName = "Mail of partners"};
     _ZxPolComHandle* parent = zxpol_openRootRule(hive, error);
     _ZxPolComHandle* rule = zxpol_createRule(parent, "Partners", &attr, conditions, error);
-    if (ZX_FAILURE(*error)) return;
-    zxpol_closeRule(rule, error);
-    zxpol_closeRule(parent, error);
+    int closing = OK; /* closing reports its own success, and a null handle as a failure */
+    zxpol_closeRule(rule, &closing);
+    zxpol_closeRule(parent, &closing);
 }
 
 int main(void) {
@@ -257,16 +264,17 @@ int main(void) {
     _ZxPolComHandle* lists = zxpol_openAddrListHive(store, &error);
     make_rule(rules, &error);
     zxpol_matchRuleByMailInfo(rules, lists, "ann@partner.example", receivers, &pairs, &count, &error);
+    for (uint32_t i = 0; i < count; ++i)
+        printf("%s takes %s\n", pairs[i].rulePath, pairs[i].receivers[0]);
+    int closing = OK;
+    zxpol_freeMatchPair(pairs, count, &closing);
+    zxpol_closeAddrListHive(lists, &closing);
+    zxpol_closeRuleHive(rules, &closing);
+    if (store != NULL) zxreg_closeKey(store, &closing);
     if (ZX_FAILURE(error)) {
         fprintf(stderr, "own_store: result 0x%08x\n", (unsigned)error);
         return 1;
     }
-    for (uint32_t i = 0; i < count; ++i)
-        printf("%s takes %s\n", pairs[i].rulePath, pairs[i].receivers[0]);
-    zxpol_freeMatchPair(pairs, count, &error);
-    zxpol_closeAddrListHive(lists, &error);
-    zxpol_closeRuleHive(rules, &error);
-    zxreg_closeKey(store, &error);
     print(&root, 0);
     return 0;
 }
