@@ -25,6 +25,17 @@
  * `store-too-small` (6: a buffer is too small), `store-no-more` (12: past the last item) and
  * `store-not-found` (0x1804: no such key or value) where the code is the store's own.
  *
+ * @section store The store
+ * A policy lies in a store, which the host's store library (zxregistry.h) keeps; a store key is a handle of that
+ * library on one of its keys. Of the store library that is installed with this one, `zxreg_openStore(location, &error)`
+ * opens a store and returns its root key, `zxreg_closeKey(key, &error)` closes it; a location is `sqlite:PATH` or
+ * `memory:`. The functions that open a hive take such a key, and a program begins with one of them: zxpol_openRuleHive,
+ * zxpol_openAddrListHive, zxpol_openClassificationHive. They make a hive that is missing, so that an empty store
+ * becomes a policy that lets every mail through: who must not have that looks for the key `Rule\Mail` first.
+ *
+ * `pkg-config --cflags --libs zxpolicy` gives the options to build with. Among the installed documents are three
+ * programs to begin with: decide.c, edit_policy.cc and own_store.c.
+ *
  * @section handles Handles
  * A function that opens or creates returns a new handle only together with a success, else null. The caller owns
  * it and releases it with the close function named in its description. Closing needs a handle of the right kind:

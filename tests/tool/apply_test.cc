@@ -227,4 +227,23 @@ TEST_F(ToolTest, PasswordsDoNotGetIntoErrors) {
     }
 }
 
+TEST_F(ToolTest, ADryRunIntoAMissingFolderFailsAsTheRunWould) {
+    const std::string file = write("p.yaml", policyWithRoot(""));
+    for (const std::vector<std::string>& command :
+         {std::vector<std::string>{"apply", file}, {"apply", "--dry-run", file}}) {
+        std::vector<std::string> arguments{"--store", "sqlite:" + path("none/policy.db")};
+        arguments.insert(arguments.end(), command.begin(), command.end());
+        const Outcome outcome = runPlain(arguments);
+        EXPECT_EQ(outcome.status, 3);
+        EXPECT_NE(outcome.err.find("cannot open the store"), std::string::npos) << outcome.err;
+    }
+    EXPECT_EQ(run({"apply", "--dry-run", file}).status, 0);
+}
+
+TEST_F(ToolTest, AFileThatIsNestedTooDeeplyIsToldSo) {
+    const Outcome outcome = run({"apply", "-"}, "zxpolicy: 1\nroot: " + std::string(5000, '['));
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_NE(outcome.err.find("nested too deeply"), std::string::npos) << outcome.err;
+}
+
 }  // namespace tool

@@ -195,8 +195,8 @@ TEST_F(ClassificationPolicyTest, NotesAreFew) {
     const Outcome without = run({"apply", "-"}, policyWithRoot(rest));
     EXPECT_EQ(without.status, 0);
     EXPECT_EQ(without.err,
-              "zxpolicy: note: standard input:4:39: the policy has texts of outcomes (40, the first one here) and no "
-              "classifications that they could name\n");
+              "zxpolicy: note: standard input:4:39: the policy has no classification that a text of an outcome could "
+              "name (40 texts, the first one here)\n");
     const Outcome with = run({"apply", "-"}, policyWith("  - {name: A}\n", rest));
     EXPECT_EQ(std::count(with.err.begin(), with.err.end(), '\n'), 11);
     EXPECT_THAT(with.err, testing::EndsWith("note: 30 more texts of outcomes name no classification\n"));
@@ -242,6 +242,42 @@ TEST_F(ClassificationPolicyTest, AConditionThatNamesNoListIsAnErrorUnlessAllowed
     run({"list", "add", "Staff", "s@x"});
     EXPECT_THAT(ruleOf("s@x", "a@b"), HasSubstr(R"("rule":"\\A")"));
     EXPECT_THAT(ruleOf("a@b", "s@x"), HasSubstr(R"("rule":"\\")"));
+}
+
+TEST_F(ClassificationPolicyTest, AConditionOfTheRootRuleThatNamesNoListStopsMatching) {
+    const std::string policy = "zxpolicy: 1\nroot:\n  conditions: [{sender: (Nosuch), receiver: \"*\"}]\n";
+    const Outcome refused = run({"apply", "-"}, policy);
+    EXPECT_EQ(refused.status, 3);
+    EXPECT_THAT(refused.err,
+                HasSubstr("the sender \"(Nosuch)\" of a condition of rule \\ names no list of this file: a "
+                          "mail that gets to this condition cannot be matched at all; correct it"));
+    EXPECT_EQ(run({"apply", "--allow-dangling", "-"}, policy).status, 0);
+    EXPECT_EQ(run({"match", "--sender", "a@b", "--receiver", "c@d"}).status, 3);
+}
+
+TEST_F(ClassificationPolicyTest, ASideThatIsNoReferenceIsSaidToBeMalformed) {
+    for (const char* side : {"(P)x", "(P", "(P]"}) {
+        const std::string policy =
+            std::string("  rules: [{name: A, conditions: [{sender: \"") + side + "\", receiver: \"*\"}]}]\n";
+        for (const std::vector<std::string>& command :
+             {std::vector<std::string>{"apply", "-"}, {"apply", "--allow-dangling", "-"}}) {
+            const Outcome refused = run(command, policyWithRoot(policy));
+            EXPECT_EQ(refused.status, 3);
+            EXPECT_THAT(refused.err, HasSubstr("ZXPOL_E_INVALID_FORMAT"));
+            EXPECT_THAT(refused.err, testing::Not(HasSubstr("--allow-dangling")));
+        }
+    }
+}
+
+TEST_F(ClassificationPolicyTest, WarningsAreFew) {
+    std::string conditions;
+    for (int i = 0; i < 40; ++i)
+        conditions += std::string(i == 0 ? "" : ", ") + "{sender: (L" + std::to_string(i) + "), receiver: \"*\"}";
+    const Outcome outcome = run({"apply", "--allow-dangling", "-"},
+                                policyWithRoot("  rules: [{name: A, conditions: [" + conditions + "]}]\n"));
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 11);
+    EXPECT_THAT(outcome.err, testing::EndsWith("warning: 30 more sides of conditions name no list\n"));
 }
 
 TEST_F(ClassificationPolicyTest, AStoreInMemoryTakesThemToo) {

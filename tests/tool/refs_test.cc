@@ -63,11 +63,12 @@ TEST_F(RefsTest, TellsTheRulesOfAListAndTheirConditions) {
               "\\E      receiver of condition 1  (STAFF)\n"
               "\n"
               "3 rules refer to address list \"Staff\"\n"
-              "places whose list matching does not find: 2 (letter case counts)\n");
+              "2 places name no list (letter case counts)\n");
     EXPECT_EQ(refs({"list", "Other"}, 1), "no rule refers to address list \"Other\"\n");
     EXPECT_THAT(refs({"list", "STAFF"}), EndsWith("there is no address list \"STAFF\"; there is \"Staff\"\n"));
-    EXPECT_EQ(refs({"list", "(Staff)"}, 1),
-              "no rule refers to address list \"(Staff)\"\nthere is no address list \"(Staff)\"; there is \"Staff\"\n");
+    for (const std::string& name : {std::string("(Staff)"), std::string("(staff)")})
+        EXPECT_EQ(refs({"list", name}, 1), "no rule refers to address list \"" + name +
+                                               "\"\nthere is no address list \"" + name + "\"; there is \"Staff\"\n");
 }
 
 TEST_F(RefsTest, TellsTheRulesOfAClassificationAndTheirOutcomes) {
@@ -78,6 +79,7 @@ TEST_F(RefsTest, TellsTheRulesOfAClassificationAndTheirOutcomes) {
               "\\     outcome \"bad\" of task \\scan  Infected\n"
               "\n"
               "2 rules refer to classification \"infected\"\n"
+              "1 place names no classification (letter case counts)\n"
               "there is no classification \"infected\"; there is \"Infected\"\n");
     EXPECT_THAT(refs({"classification", "x"}), HasSubstr("outcome \"Infected\" of task \\scan  x\n"));
     EXPECT_EQ(refs({"classification", "Unused"}, 1), "no rule refers to classification \"Unused\"\n");
@@ -185,6 +187,53 @@ TEST_F(RefsTest, AStoreThatCannotBeReadIsNoAnswer) {
     EXPECT_EQ(outcome.status, 3);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.err, HasSubstr("cannot read rule \\E: ZXPOL_E_NOT_FOUND (0x81021804)"));
+}
+
+TEST_F(RefsTest, WhatTheLibraryPassesOverIsNoAnswer) {
+    const auto numberIn = [this](const char* key, const char* name, uint32_t number) {
+        int result = ZXREG_S_OK;
+        const KeyHandle store(zxreg_openStore(location().c_str(), &result));
+        const KeyHandle opened(zxreg_openKey(store.get(), key, &result));
+        zxreg_setValue(opened.get(), name, ZXREG_NUMBER, &number, sizeof number, &result);
+        ASSERT_TRUE(ZX_SUCCESS(result));
+    };
+    const auto refused = [this](const char* kind, const char* name, const char* says) {
+        const Outcome outcome = run({"refs", kind, name});
+        EXPECT_EQ(outcome.status, 3);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_THAT(outcome.err, HasSubstr(says));
+    };
+    const uint32_t noOrder = 0x80000000;
+    applyAny(kReferring);
+    numberIn("Rule\\Mail\\rules\\E", "matchType", 3);
+    refused("list", "Other", "cannot read all of the conditions of rule \\E: 1 are stored, and 0 can be read");
+    numberIn("Rule\\Mail\\rules\\E", "matchType", 0);
+    numberIn("Rule\\Mail\\rules\\A\\rules\\B", "order", noOrder);
+    refused("list", "Other", "cannot read all of the rules below rule \\A: \"B\" is stored");
+    refused("classification", "Unused", "cannot read all of the rules below rule \\A: \"B\" is stored");
+    numberIn("Rule\\Mail\\rules\\A\\rules\\B", "order", 1);
+    numberIn("Rule\\Mail\\rules\\A\\tasks\\u", "order", noOrder);
+    refused("classification", "Unused", "cannot read all of the tasks of rule \\A: \"u\" is stored");
+    refs({"list", "Other"}, 1);  // tasks refer to no list
+}
+
+TEST_F(RefsTest, AsksWithoutWriting) {
+    applyAny(policyWithRoot(""));
+    {
+        int result = ZXREG_S_OK;
+        const KeyHandle store(zxreg_openStore(location().c_str(), &result));
+        zxreg_deleteKey(store.get(), "AddressList", &result);
+        ASSERT_TRUE(ZX_SUCCESS(result));
+    }
+    const std::string before = read(path("policy.db-wal"));
+    EXPECT_THAT(refs({"list", "Staff"}, 1), HasSubstr("there is no address list \"Staff\"\n"));
+    EXPECT_THAT(refs({"classification", "Staff"}, 1), HasSubstr("there is no classification"));
+    dump();
+    EXPECT_EQ(read(path("policy.db-wal")), before);
+    int result = ZXREG_S_OK;
+    const KeyHandle store(zxreg_openStore(location().c_str(), &result));
+    const KeyHandle lists(zxreg_openKey(store.get(), "AddressList", &result));
+    EXPECT_EQ(lists.get(), nullptr);
 }
 
 // What no policy file can say, a program may have written all the same.

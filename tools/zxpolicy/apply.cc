@@ -24,6 +24,13 @@ Secrets secretsFor(const Policy& policy) {
     return hasPassword ? Secrets::Read : Secrets::Leave;
 }
 
+// Makes the key of the lists, before that of the rules, which reading them makes.
+void makeListsKey(const Store& store) {
+    int result = ZXPOL_S_OK;
+    const ListHiveHandle lists(zxpol_openAddrListHive(store.key(), &result));
+    require(result, "cannot open the policy in " + oneLine(store.location()));
+}
+
 void applyAll(ApplyContext& context, const Policy& current, const Policy& wanted) {
     int result = ZXPOL_S_OK;
     const ListHiveHandle lists(zxpol_openAddrListHive(context.store.key(), &result));
@@ -60,9 +67,12 @@ void requireNoneDangling(const std::vector<std::string>& dangling) {
                       "has it");
 }
 
-void printLines(std::ostream& out, const char* kind, const std::vector<std::string>& lines) {
-    for (const std::string& line : lines)
-        out << "zxpolicy: " << kind << ": " << line << '\n';
+// Prints the first lines, and how many there are more.
+void printLines(std::ostream& out, const char* kind, const std::vector<std::string>& lines, const char* more) {
+    constexpr size_t kMost = 10;
+    for (size_t i = 0; i < lines.size() && i < kMost; ++i)
+        out << "zxpolicy: " << kind << ": " << lines[i] << '\n';
+    if (lines.size() > kMost) out << "zxpolicy: " << kind << ": " << grouped(lines.size() - kMost) << more << '\n';
 }
 
 }  // namespace
@@ -72,6 +82,7 @@ ApplyResult applyPolicy(const Store& store, const std::string& fileName, const P
     const Secrets secrets = secretsFor(policy);
     ApplyContext context{store, source, {}, {}, Progress("rules")};
     StoreUpdate update(store);
+    makeListsKey(store);
     const StoredPolicy stored = readStoredPolicy(store, secrets);
     requireNoProblems(stored.problems, "cannot change the store " + oneLine(store.location()));
     applyAll(context, stored.policy, policy);
@@ -90,12 +101,12 @@ void runApply(const ApplyOptions& options, std::ostream& out, std::ostream& err)
     const ReferenceFaults faults = findReferenceFaults(YamlSource(fileName), policy);
     if (!options.allowsDangling) requireNoneDangling(faults.dangling);
     // A dry run must not even make an empty store.
-    const bool isNew = options.isDryRun && isMissingFile(options.store);
+    const bool isNew = options.isDryRun && isMissingFileInFolder(options.store);
     const Store store(isNew ? "memory:" : options.store, Store::Missing::Create);
     const ApplyResult result = applyPolicy(store, fileName, policy, options.isDryRun);
-    printLines(err, "warning", faults.dangling);
-    printLines(err, "warning", result.warnings);
-    printLines(err, "note", faults.notes);
+    printLines(err, "warning", faults.dangling, " more sides of conditions name no list");
+    printLines(err, "warning", result.warnings, " more conditions are not covered");
+    printLines(err, "note", faults.notes, " more texts of outcomes name no classification");
     result.changes.print(out, options.format, options.isDryRun);
     if (out.flush() || options.isDryRun) return;
     throw ToolError(kFailed,

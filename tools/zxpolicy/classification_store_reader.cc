@@ -24,17 +24,15 @@ std::vector<std::string> namesIn(const ClassificationHiveHandle& hive) {
     return namesOf(zxpol_enumClassification, hive.get(), "the classifications");
 }
 
-Action readAction(const ClassificationHandle& classification, const std::string& name, const std::string& where) {
-    int result = ZXPOL_S_OK;
-    const ActionHandle handle(zxpol_openAction(classification.get(), name.c_str(), &result));
-    _ZxPolActionAttr attr{};
-    zxpol_getActionAttrib(handle.get(), &attr, &result);
-    const KeyHandle settingKey(attr.setting);
-    require(result, "cannot read action " + inQuotes(name, kMaxName) + " of " + where);
-    return {name, attr.displayName, attr.comment, attr.actionType, readStoredSetting(settingKey.get())};
+// The values are read from the store itself: the library passes over a name that it cannot read.
+Action readAction(const KeyHandle& actions, const std::string& name, const std::string& owner) {
+    const std::string where = "action " + inQuotes(name, kMaxName) + " of " + owner;
+    const KeyHandle key = openRawKey(actions.get(), name);
+    return {name, rawText(key.get(), "displayName", where), rawText(key.get(), "comment", where),
+            rawNumber(key.get(), "actionType", where), readStoredSetting(openRawKey(key.get(), "setting").get())};
 }
 
-Classification readClassification(const ClassificationHiveHandle& hive, const std::string& name) {
+Classification readClassification(const Store& store, const ClassificationHiveHandle& hive, const std::string& name) {
     const std::string where = classificationText(name);
     int result = ZXPOL_S_OK;
     const ClassificationHandle handle(zxpol_openClassification(hive.get(), name.c_str(), &result));
@@ -42,8 +40,9 @@ Classification readClassification(const ClassificationHiveHandle& hive, const st
     zxpol_getClassificationAttrib(handle.get(), &attr, &result);
     require(result, "cannot read " + where);
     Classification classification{name, attr.displayName, attr.comment, {}};
-    for (const std::string& action : namesOf(zxpol_enumAction, handle.get(), "the actions of " + where))
-        classification.actions.push_back(readAction(handle, action, where));
+    const KeyHandle actions = openRawKey(store.key(), "Classification\\" + name + "\\actions");
+    for (const std::string& action : allNamesOf(zxpol_enumAction, handle.get(), actions, "the actions of " + where))
+        classification.actions.push_back(readAction(actions, action, where));
     return classification;
 }
 
@@ -61,7 +60,7 @@ std::vector<Classification> readStoredClassifications(const Store& store) {
     std::vector<Classification> classifications;
     const ClassificationHiveHandle hive = openHive(store);
     for (const std::string& name : namesIn(hive))
-        classifications.push_back(readClassification(hive, name));
+        classifications.push_back(readClassification(store, hive, name));
     return classifications;
 }
 

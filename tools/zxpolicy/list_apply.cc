@@ -152,7 +152,7 @@ private:
         std::vector<std::string> details = differences(current, wanted);
         if (details.empty()) return details;
         const KeyHandle key = openRawKey(_context.store.key(), "AddressList\\" + name);
-        const std::string password = wanted.password ? "" : rawData(key.get(), "password");
+        const std::string password = wanted.password ? "" : rawData(key.get(), "password", listText(name));
         const _ZxPolAddrListAttr attr = recordOf(wanted);
         int result = ZXPOL_S_OK;
         const ListHandle list(zxpol_openAddrList(_hive.get(), name.c_str(), &result));

@@ -12,11 +12,6 @@ namespace tool {
 
 namespace {
 
-std::string readPassword(const Store& store, const std::string& name) {
-    const KeyHandle list = openRawKey(store.key(), "AddressList\\" + name);
-    return rawData(list.get(), "password").c_str();
-}
-
 // Whether there is an address at `index`, which is copied to `address` where that is given.
 bool readAddress(const EnumerateAddress& enumerate, uint32_t index, std::string* address, const std::string& where) {
     char buffer[kMaxAddress + 1];
@@ -36,10 +31,14 @@ NormalList normalList(const _ZxPolAddrListAttr& attr, const ListHandle& handle, 
     return {attr.displayName, attr.comment, readAddresses(enumerate, AddressOrder::User, where)};
 }
 
-DirectoryList directoryList(const _ZxPolAddrListAttr& attr) {
+// The library passes over a directory list's name and comment that it cannot read.
+DirectoryList directoryList(const Store& store, const std::string& name, const _ZxPolAddrListAttr& attr,
+                            Secrets secrets) {
+    const KeyHandle key = openRawKey(store.key(), "AddressList\\" + name);
     DirectoryList list;
-    list.displayName = attr.displayName;
-    list.comment = attr.comment;
+    list.displayName = rawText(key.get(), "displayName", listText(name));
+    list.comment = rawText(key.get(), "comment", listText(name));
+    if (secrets == Secrets::Read) list.password = rawText(key.get(), "password", listText(name));
     list.server = attr.server;
     list.port = attr.port;
     list.searchroot = attr.searchroot;
@@ -48,6 +47,16 @@ DirectoryList directoryList(const _ZxPolAddrListAttr& attr) {
     list.username = attr.username;
     list.filter = attr.filter;
     return list;
+}
+
+AddressList readStoredList(const Store& store, const ListHiveHandle& hive, const std::string& name, Secrets secrets) {
+    int result = ZXPOL_S_OK;
+    const ListHandle handle(zxpol_openAddrList(hive.get(), name.c_str(), &result));
+    _ZxPolAddrListAttr attr{};
+    zxpol_getAddrListAttrib(handle.get(), &attr, &result);
+    require(result, "cannot read " + listText(name));
+    if (attr.type == ZXPOL_ADDRLIST_NORMAL) return normalList(attr, handle, listText(name));
+    return directoryList(store, name, attr, secrets);
 }
 
 }  // namespace
@@ -80,16 +89,21 @@ std::string listText(const std::string& name) {
     return "address list " + inQuotes(name, kMaxName);
 }
 
-AddressList readStoredList(const Store& store, const ListHiveHandle& hive, const std::string& name, Secrets secrets) {
+std::vector<std::string> readListNames(const Store& store) {
+    const KeyHandle hive = openRawKey(store.key(), "AddressList");
+    return hive ? rawSubkeys(hive.get()) : std::vector<std::string>();
+}
+
+std::map<std::string, AddressList> readStoredLists(const Store& store, Secrets secrets) {
+    std::map<std::string, AddressList> lists;
+    const std::vector<std::string> names = readListNames(store);
+    if (names.empty()) return lists;
     int result = ZXPOL_S_OK;
-    const ListHandle handle(zxpol_openAddrList(hive.get(), name.c_str(), &result));
-    _ZxPolAddrListAttr attr{};
-    zxpol_getAddrListAttrib(handle.get(), &attr, &result);
-    require(result, "cannot read " + listText(name));
-    if (attr.type == ZXPOL_ADDRLIST_NORMAL) return normalList(attr, handle, listText(name));
-    DirectoryList list = directoryList(attr);
-    if (secrets == Secrets::Read) list.password = readPassword(store, name);
-    return list;
+    const ListHiveHandle hive(zxpol_openAddrListHive(store.key(), &result));
+    require(result, "cannot open the address lists in " + oneLine(store.location()));
+    for (const std::string& name : names)
+        lists.emplace(name, readStoredList(store, hive, name, secrets));
+    return lists;
 }
 
 }  // namespace tool

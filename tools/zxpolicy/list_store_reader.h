@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -25,7 +26,10 @@ uint32_t countAddresses(const EnumerateAddress& enumerate, const std::string& wh
 // "address list NAME", the name in quotes.
 std::string listText(const std::string& name);
 
-// Throws a StoreError.
-AddressList readStoredList(const Store& store, const ListHiveHandle& hive, const std::string& name, Secrets secrets);
+// The names in the store's order. Makes no key where there is none. Throws a StoreError.
+std::vector<std::string> readListNames(const Store& store);
+
+// All lists by name, with their addresses. Makes no key where there is none. Throws a StoreError.
+std::map<std::string, AddressList> readStoredLists(const Store& store, Secrets secrets);
 
 }  // namespace tool

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "raw_key.h"
 #include "result_names.h"
 #include "tool_error.h"
 #include "zxpolicy.h"
@@ -23,6 +24,19 @@ std::vector<std::string> namesOf(Enumerate enumerate, _ZxPolComHandle* handle, c
         require(result, "cannot read " + what);
         names.emplace_back(name);
     }
+}
+
+// Throws a StoreError that names the first of the stored names that is not among those given. The library passes over a
+// child whose position it cannot read.
+void requireAll(std::vector<std::string> given, const std::vector<std::string>& stored, const std::string& what);
+
+// The same as namesOf, but they must be all that are stored: the subkeys of `container`.
+template <class Enumerate>
+std::vector<std::string> allNamesOf(Enumerate enumerate, _ZxPolComHandle* handle, const KeyHandle& container,
+                                    const std::string& what) {
+    std::vector<std::string> names = namesOf(enumerate, handle, what);
+    requireAll(names, rawSubkeys(container.get()), what);
+    return names;
 }
 
 }  // namespace tool

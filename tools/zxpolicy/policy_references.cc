@@ -7,8 +7,6 @@ namespace tool {
 
 namespace {
 
-constexpr size_t kMostNotes = 10;
-
 // An outcome text that names no classification, where it stands first, and in how many outcomes more.
 struct FreeText {
     std::string text;
@@ -42,8 +40,8 @@ private:
 
     void lookAtRule(const Rule& rule, const std::string& path) {
         for (const Condition& condition : rule.conditions) {
-            lookAtSide(condition.sender, "sender", condition.senderPlace, path);
-            lookAtSide(condition.receiver, "receiver", condition.receiverPlace, path);
+            lookAtSide(condition.sender, "sender", condition.senderPlace, rule, path);
+            lookAtSide(condition.receiver, "receiver", condition.receiverPlace, rule, path);
         }
         for (const Task& task : rule.tasks)
             for (const auto& [name, outcome] : task.outcomes)
@@ -53,9 +51,11 @@ private:
     }
 
     // Matching opens the list by exactly this name; in other letter case it is another list.
-    void lookAtSide(const std::string& side, const char* which, const Place& place, const std::string& path) {
+    void lookAtSide(const std::string& side, const char* which, const Place& place, const Rule& rule,
+                    const std::string& path) {
         const std::optional<std::string> name = referredList(side);
-        if (!name || _policy.lists.count(*name) != 0) return;
+        // One without the closing parenthesis is no reference that apply takes.
+        if (!name || side.back() != ')' || _policy.lists.count(*name) != 0) return;
         const std::string similar = otherCaseOf(*name, _lists);
         const std::string subject =
             _source.at(place) + ": the " + which + " " + inQuotes(side) + " of a condition of rule " + oneLine(path);
@@ -64,7 +64,8 @@ private:
             (similar.empty()
                  ? " names no list of this file"
                  : " names list " + inQuotes(similar) + " in another letter case, in which matching does not find it") +
-            ": a mail that gets to this condition passes over the rule");
+            (&rule == &_policy.root ? ": a mail that gets to this condition cannot be matched at all"
+                                    : ": a mail that gets to this condition passes over the rule"));
     }
 
     void lookAtOutcome(const std::string& name, const OutcomeText& outcome, const std::string& task) {
@@ -79,16 +80,14 @@ private:
     void writeNotes() {
         if (_texts.empty()) return;
         if (_policy.classifications.empty()) {
-            _faults.notes.push_back(_source.at(_texts.front().place) + ": the policy has texts of outcomes (" +
-                                    grouped(_texts.size()) +
-                                    ", the first one here) and no classifications that they could name");
+            _faults.notes.push_back(
+                _source.at(_texts.front().place) +
+                ": the policy has no classification that a text of an outcome could name" +
+                (_texts.size() == 1 ? "" : " (" + grouped(_texts.size()) + " texts, the first one here)"));
             return;
         }
-        for (size_t i = 0; i < _texts.size() && i < kMostNotes; ++i)
-            _faults.notes.push_back(noteOn(_texts[i]));
-        if (_texts.size() > kMostNotes)
-            _faults.notes.push_back(grouped(_texts.size() - kMostNotes) +
-                                    " more texts of outcomes name no classification");
+        for (const FreeText& text : _texts)
+            _faults.notes.push_back(noteOn(text));
     }
 
     std::string noteOn(const FreeText& text) const {

@@ -1,5 +1,6 @@
 #include "policy_store_reader.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "classification_store_reader.h"
@@ -18,42 +19,40 @@ namespace tool {
 
 namespace {
 
-Task readTask(const RuleHandle& rule, const std::string& name, const std::string& fullName) {
-    const std::string where = oneLine(fullName);
+// The values are read from the store itself: the library passes over most of those that it cannot read.
+Task readTask(const RuleHandle& rule, const KeyHandle& tasks, const std::string& name, const std::string& fullName) {
+    const std::string where = "task " + oneLine(fullName);
     int result = ZXPOL_S_OK;
     const TaskHandle handle(zxpol_openTask(rule.get(), name.c_str(), &result));
-    _ZxPolTaskAttr attr{};
-    zxpol_getTaskAttrib(handle.get(), &attr, &result);
-    const KeyHandle settingKey(attr.setting);
-    require(result, "cannot read task " + where);
+    require(result, "cannot read " + where);
+    const KeyHandle key = openRawKey(tasks.get(), name);
     Task task;
     task.name = name;
-    task.displayName = attr.displayName;
-    task.comment = attr.comment;
-    task.filter = attr.filter;
-    task.enable = attr.enable != 0;
-    task.overridable = attr.overridable != 0;
-    task.outcomes = readStoredOutcomes(handle, where);
-    task.setting = readStoredSetting(settingKey.get());
+    task.displayName = rawText(key.get(), "displayName", where);
+    task.comment = rawText(key.get(), "comment", where);
+    task.filter = rawNumber(key.get(), "filter", where);
+    task.enable = rawNumber(key.get(), "enable", where) != 0;
+    task.overridable = rawNumber(key.get(), "overridable", where) != 0;
+    task.outcomes = readStoredOutcomes(handle, oneLine(fullName));
+    task.setting = readStoredSetting(openRawKey(key.get(), "setting").get());
     return task;
 }
 
 Rule readRule(const Store& store, const RuleHandle& handle, const std::string& path, const std::string& key) {
-    const std::string where = oneLine(path);
-    _ZxPolRuleAttr attr{};
-    int result = ZXPOL_S_OK;
-    zxpol_getRuleAttrib(handle.get(), &attr, &result);
-    require(result, "cannot read rule " + where);
+    const std::string where = "rule " + oneLine(path);
+    const KeyHandle ruleKey = openRawKey(store.key(), key);
     Rule rule;
-    rule.displayName = attr.displayName;
-    rule.comment = attr.comment;
-    rule.matchType = attr.matchType;
-    if (rule.matchType == 0) rule.conditions = readStoredConditions(handle, where);
+    rule.displayName = rawText(ruleKey.get(), "displayName", where);
+    rule.comment = rawText(ruleKey.get(), "comment", where);
+    rule.matchType = static_cast<int32_t>(rawNumber(ruleKey.get(), "matchType", where));
+    rule.conditions = readAllConditions(handle, ruleKey, oneLine(path));
     rule.inactive = readInactiveMarks(store, key);
-    for (const std::string& name : namesOf(zxpol_enumTask, handle.get(), "the tasks of rule " + where))
-        rule.tasks.push_back(readTask(handle, name, childName(path, name)));
-    for (const std::string& name : namesOf(zxpol_enumRule, handle.get(), "the rules below rule " + where)) {
-        result = ZXPOL_S_OK;
+    const KeyHandle tasks = openRawKey(ruleKey.get(), "tasks");
+    for (const std::string& name : allNamesOf(zxpol_enumTask, handle.get(), tasks, "the tasks of " + where))
+        rule.tasks.push_back(readTask(handle, tasks, name, childName(path, name)));
+    const KeyHandle rules = openRawKey(ruleKey.get(), "rules");
+    for (const std::string& name : allNamesOf(zxpol_enumRule, handle.get(), rules, "the rules below " + where)) {
+        int result = ZXPOL_S_OK;
         const RuleHandle child(zxpol_openRule(handle.get(), name.c_str(), &result));
         require(result, "cannot open rule " + oneLine(childName(path, name)));
         rule.rules.push_back(readRule(store, child, childName(path, name), childRuleKey(key, name)));
@@ -103,6 +102,19 @@ std::vector<Condition> readStoredConditions(const RuleHandle& rule, const std::s
     }
 }
 
+std::vector<Condition> readAllConditions(const RuleHandle& rule, const KeyHandle& key, const std::string& where) {
+    const std::vector<std::string> names = rawValueNames(key.get());
+    const auto stored = static_cast<size_t>(std::count_if(
+        names.begin(), names.end(), [](const std::string& name) { return isNumbered(name, "condition"); }));
+    std::vector<Condition> conditions;
+    if (rawNumber(key.get(), "matchType", "rule " + where) == 0) conditions = readStoredConditions(rule, where);
+    if (conditions.size() != stored)
+        throw StoreError("cannot read all of the conditions of rule " + where + ": " + grouped(stored) +
+                             " are stored, and " + grouped(conditions.size()) + " can be read",
+                         ZXPOL_E_NO_MORE_ITEMS);
+    return conditions;
+}
+
 std::map<std::string, OutcomeText> readStoredOutcomes(const TaskHandle& handle, const std::string& where) {
     std::map<std::string, OutcomeText> outcomes;
     std::string value(1024, '\0');
@@ -118,7 +130,8 @@ std::map<std::string, OutcomeText> readStoredOutcomes(const TaskHandle& handle, 
             continue;
         }
         require(result, "cannot read the outcomes of task " + where);
-        outcomes.emplace(name, OutcomeText{value.c_str(), {}});
+        // A value of another type may have no NUL.
+        outcomes.emplace(name, OutcomeText{std::string(value.data(), strnlen(value.data(), valueSize)), {}});
         ++index;
     }
 }
@@ -129,12 +142,10 @@ StoredPolicy readStoredPolicy(const Store& store, Secrets secrets) {
     if (!stored.problems.empty()) return stored;
 
     int result = ZXPOL_S_OK;
-    const ListHiveHandle lists(zxpol_openAddrListHive(store.key(), &result));
     const RuleHiveHandle rules(zxpol_openRuleHive(store.key(), 0, &result));
     const RuleHandle root(zxpol_openRootRule(rules.get(), &result));
     require(result, "cannot open the policy in " + oneLine(store.location()));
-    for (const std::string& name : namesOf(zxpol_enumAddrList, lists.get(), "the address lists"))
-        stored.policy.lists.emplace(name, readStoredList(store, lists, name, secrets));
+    stored.policy.lists = readStoredLists(store, secrets);
     stored.policy.classifications = readStoredClassifications(store);
     readExclusiveFilters(rules, stored.policy);
     stored.policy.root = readRule(store, root, "\\", kRootRuleKey);
@@ -150,7 +161,7 @@ void requireNoProblems(const std::vector<std::string>& problems, const std::stri
     if (problems.empty()) return;
     const std::string others =
         problems.size() == 1 ? "" : " (and " + std::to_string(problems.size() - 1) + " more such things)";
-    throw PolicyError(what + ": " + problems.front() + others + "; remove it with the program that wrote it");
+    throw PolicyError(what + ": " + problems.front() + others + "; correct it with the program that wrote it");
 }
 
 }  // namespace tool

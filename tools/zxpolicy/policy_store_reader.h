@@ -36,6 +36,10 @@ std::string childRuleKey(const std::string& ruleKey, const std::string& name);
 // The conditions of an open rule of match type 0. Throws a StoreError.
 std::vector<Condition> readStoredConditions(const RuleHandle& rule, const std::string& where);
 
+// The conditions of an open rule, whose key is `key`: all that are stored, or a StoreError. One of another match type
+// must hold none.
+std::vector<Condition> readAllConditions(const RuleHandle& rule, const KeyHandle& key, const std::string& where);
+
 // The outcomes of an open task by name. Throws a StoreError.
 std::map<std::string, OutcomeText> readStoredOutcomes(const TaskHandle& task, const std::string& where);
 

@@ -25,7 +25,7 @@ bool readHeadAt(_ZxPolComHandle* key, uint32_t index, RawValue& value) {
 
 }  // namespace
 
-std::string rawData(_ZxPolComHandle* key, const std::string& name) {
+std::string rawData(_ZxPolComHandle* key, const std::string& name, const std::string& where) {
     std::string data(1024, '\0');
     for (;;) {
         auto size = static_cast<uint32_t>(data.size());
@@ -33,11 +33,21 @@ std::string rawData(_ZxPolComHandle* key, const std::string& name) {
         zxreg_queryValue(key, name.c_str(), nullptr, data.data(), &size, &result);
         const bool mayGrow = size > data.size();
         if (!hasReason(result, kReasonTooSmall) || !mayGrow)
-            require(result, "cannot read value " + inQuotes(name, 255));
+            require(result, "cannot read value " + inQuotes(name, 255) + " of " + where);
         const bool isRead = size <= data.size();
         data.resize(size);
         if (isRead) return data;
     }
+}
+
+std::string rawText(_ZxPolComHandle* key, const std::string& name, const std::string& where) {
+    return rawData(key, name, where).c_str();
+}
+
+uint32_t rawNumber(_ZxPolComHandle* key, const std::string& name, const std::string& where) {
+    RawValue value;
+    value.data = rawData(key, name, where);
+    return numberOf(value);
 }
 
 KeyHandle openRawKey(_ZxPolComHandle* parent, const std::string& path) {
@@ -52,10 +62,18 @@ std::vector<RawValue> rawValues(_ZxPolComHandle* key) {
     std::vector<RawValue> values;
     RawValue value;
     while (readHeadAt(key, static_cast<uint32_t>(values.size()), value)) {
-        value.data = value.type == ZXREG_PROTECTED_STRING ? "" : rawData(key, value.name);
+        value.data = value.type == ZXREG_PROTECTED_STRING ? "" : rawData(key, value.name, "a key");
         values.push_back(value);
     }
     return values;
+}
+
+std::vector<std::string> rawValueNames(_ZxPolComHandle* key) {
+    std::vector<std::string> names;
+    RawValue value;
+    while (readHeadAt(key, static_cast<uint32_t>(names.size()), value))
+        names.push_back(value.name);
+    return names;
 }
 
 std::vector<std::string> rawSubkeys(_ZxPolComHandle* key) {

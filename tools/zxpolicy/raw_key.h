@@ -22,8 +22,14 @@ KeyHandle openRawKey(_ZxPolComHandle* parent, const std::string& path);
 std::vector<RawValue> rawValues(_ZxPolComHandle* key);
 std::vector<std::string> rawSubkeys(_ZxPolComHandle* key);
 
-// The bytes of a value, a protected one too. Throws a StoreError.
-std::string rawData(_ZxPolComHandle* key, const std::string& name);
+// The names of all values, in the store's order. Throws a StoreError.
+std::vector<std::string> rawValueNames(_ZxPolComHandle* key);
+
+// The bytes of a value, a protected one too. `where` names the key in the StoreError that is thrown.
+std::string rawData(_ZxPolComHandle* key, const std::string& name, const std::string& where);
+// The same for a value that is known to be a text or a number.
+std::string rawText(_ZxPolComHandle* key, const std::string& name, const std::string& where);
+uint32_t rawNumber(_ZxPolComHandle* key, const std::string& name, const std::string& where);
 
 // Whether a name is a prefix, in any letter case, followed by nothing but digits.
 bool isNumbered(const std::string& name, const std::string& prefix);

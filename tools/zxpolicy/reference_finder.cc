@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "names_of.h"
+#include "policy_check.h"
 #include "policy_file.h"
 #include "policy_references.h"
 #include "policy_store_reader.h"
@@ -33,23 +34,23 @@ class RuleReader {
 public:
     RuleReader(ZxPolRefEntity entity, const std::string& name) : _entity(entity), _folded(lowerCase(name)) {}
 
-    std::vector<ReferringPlace> placesIn(const RuleHandle& rule, const std::string& path) const {
-        return _entity == ZXPOL_REF_ADDRLIST ? sidesOf(rule, path) : outcomesOf(rule, path);
+    // `key` is the rule's own in the store.
+    std::vector<ReferringPlace> placesIn(const RuleHandle& rule, const KeyHandle& key, const std::string& path) const {
+        return _entity == ZXPOL_REF_ADDRLIST ? sidesOf(rule, key, path) : outcomesOf(rule, key, path);
     }
 
 private:
     bool isName(const std::string& text) const { return lowerCase(text) == _folded; }
 
-    std::vector<ReferringPlace> sidesOf(const RuleHandle& rule, const std::string& path) const {
+    std::vector<ReferringPlace> sidesOf(const RuleHandle& rule, const KeyHandle& key, const std::string& path) const {
         const std::string where = oneLine(path);
         _ZxPolRuleAttr attr{};
         int result = ZXPOL_S_OK;
         zxpol_getRuleAttrib(rule.get(), &attr, &result);
         require(result, "cannot read rule " + where);
         std::vector<ReferringPlace> places;
-        if (attr.matchType != 0) return places;  // it has no conditions
         uint32_t number = 0;
-        for (const Condition& condition : readStoredConditions(rule, where)) {
+        for (const Condition& condition : readAllConditions(rule, key, where)) {
             ++number;
             addSide(places, number, "sender", condition.sender);
             addSide(places, number, "receiver", condition.receiver);
@@ -63,9 +64,12 @@ private:
         if (list && isName(*list)) places.push_back({number, side, "", "", text, *list});
     }
 
-    std::vector<ReferringPlace> outcomesOf(const RuleHandle& rule, const std::string& path) const {
+    std::vector<ReferringPlace> outcomesOf(const RuleHandle& rule, const KeyHandle& key,
+                                           const std::string& path) const {
         std::vector<ReferringPlace> places;
-        for (const std::string& task : namesOf(zxpol_enumTask, rule.get(), "the tasks of rule " + oneLine(path))) {
+        const KeyHandle tasks = openRawKey(key.get(), "tasks");
+        const std::string what = "the tasks of rule " + oneLine(path);
+        for (const std::string& task : allNamesOf(zxpol_enumTask, rule.get(), tasks, what)) {
             const std::string fullName = childName(path, task);
             int result = ZXPOL_S_OK;
             const TaskHandle handle(zxpol_openTask(rule.get(), task.c_str(), &result));
@@ -83,14 +87,16 @@ private:
 // A rule whose children are being walked.
 struct OpenRule {
     RuleHandle handle;
+    KeyHandle key;
     std::string path;
     std::vector<std::string> children;
     size_t next = 0;
 };
 
-OpenRule openRule(RuleHandle handle, const std::string& path) {
-    OpenRule rule{std::move(handle), path, {}, 0};
-    rule.children = namesOf(zxpol_enumRule, rule.handle.get(), "the rules below rule " + oneLine(path));
+OpenRule openRule(RuleHandle handle, KeyHandle key, const std::string& path) {
+    OpenRule rule{std::move(handle), std::move(key), path, {}, 0};
+    rule.children = allNamesOf(zxpol_enumRule, rule.handle.get(), openRawKey(rule.key.get(), "rules"),
+                               "the rules below rule " + oneLine(path));
     return rule;
 }
 
@@ -103,7 +109,7 @@ std::vector<ReferringRule> walk(const Store& store, const RuleReader& reader) {
     require(result, "cannot open the policy in " + oneLine(store.location()));
     std::vector<ReferringRule> found;
     std::vector<OpenRule> open;
-    open.push_back(openRule(std::move(root), "\\"));
+    open.push_back(openRule(std::move(root), openRawKey(store.key(), kRootRuleKey), "\\"));
     while (!open.empty()) {
         OpenRule& rule = open.back();
         if (rule.next < rule.children.size()) {
@@ -111,24 +117,36 @@ std::vector<ReferringRule> walk(const Store& store, const RuleReader& reader) {
             const std::string path = childName(rule.path, name);
             RuleHandle child(zxpol_openRule(rule.handle.get(), name.c_str(), &result));
             require(result, "cannot open rule " + oneLine(path));
-            open.push_back(openRule(std::move(child), path));
+            open.push_back(openRule(std::move(child), openRawKey(rule.key.get(), "rules\\" + name), path));
             continue;
         }
-        std::vector<ReferringPlace> places = reader.placesIn(rule.handle, rule.path);
+        std::vector<ReferringPlace> places = reader.placesIn(rule.handle, rule.key, rule.path);
         if (!places.empty()) found.push_back({rule.path, std::move(places)});
         open.pop_back();
     }
     return found;
 }
 
+// The checker passes over an outcome's text that is too long for a name.
+bool mayCheckerFind(const ReferringRule& rule) {
+    return std::any_of(rule.places.begin(), rule.places.end(), [](const ReferringPlace& place) {
+        return place.outcome.empty() || place.text.size() <= kMaxName;
+    });
+}
+
 }  // namespace
 
 References findReferences(const Store& store, ZxPolRefEntity entity, const std::string& name) {
     References references{askChecker(store, entity, name), walk(store, RuleReader(entity, name))};
-    // The checker passes over what it cannot read, such as an outcome's text of 256 characters or more.
-    const auto first = std::find_if(references.rules.begin(), references.rules.end(),
-                                    [&](const ReferringRule& rule) { return rule.path == references.checker; });
-    if (first != references.rules.end()) std::rotate(references.rules.begin(), first, first + 1);
+    const auto first = std::find_if(references.rules.begin(), references.rules.end(), mayCheckerFind);
+    const bool isFound = first != references.rules.end();
+    if (isFound ? references.checker != first->path : references.checker.has_value())
+        throw StoreError("cannot read all of the rules for references to " + inQuotes(name, 255) +
+                             ": the library's reference checker answers " +
+                             (references.checker ? "rule " + oneLine(*references.checker) : "none") +
+                             " where the rules say " + (isFound ? "rule " + oneLine(first->path) : "none"),
+                         ZXPOL_E_NO_MORE_ITEMS);
+    if (isFound) std::rotate(references.rules.begin(), first, first + 1);
     return references;
 }
 

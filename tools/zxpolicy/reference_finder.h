@@ -30,8 +30,8 @@ struct References {
     std::vector<ReferringRule> rules;    // that one first, then those below a rule before the rule, in their order
 };
 
-// Finds all references, in whatever letter case. Throws a StoreError where the store cannot be read: what cannot be
-// read may refer to the name.
+// Finds all references, in whatever letter case. Throws a StoreError where the store cannot be read, or where the
+// checker answers another rule than the first one that it should find: what cannot be read may refer to the name.
 References findReferences(const Store& store, ZxPolRefEntity entity, const std::string& name);
 
 }  // namespace tool

@@ -7,7 +7,6 @@
 #include "classification_store_reader.h"
 #include "json.h"
 #include "list_store_reader.h"
-#include "names_of.h"
 #include "policy_references.h"
 #include "reference_finder.h"
 #include "snapshot.h"
@@ -32,11 +31,7 @@ std::string entityText(const RefsOptions& options, const std::string& name) {
 }
 
 std::vector<std::string> namesIn(const Store& store, const RefsOptions& options) {
-    if (!isList(options)) return readClassificationNames(store);
-    int result = ZXPOL_S_OK;
-    const ListHiveHandle hive(zxpol_openAddrListHive(store.key(), &result));
-    require(result, "cannot open the address lists in " + oneLine(store.location()));
-    return namesOf(zxpol_enumAddrList, hive.get(), "the address lists");
+    return isList(options) ? readListNames(store) : readClassificationNames(store);
 }
 
 bool contains(const std::vector<std::string>& names, const std::string& name) {
@@ -82,7 +77,8 @@ void printMissing(std::ostream& out, const RefsOptions& options, const Answer& a
     out << "there is no " << entityText(options, options.name);
     const std::optional<std::string> bare = referredList(options.name);
     const auto similar = std::find_if(answer.names.begin(), answer.names.end(), [&](const std::string& name) {
-        return lowerCase(name) == lowerCase(options.name) || (isList(options) && bare && name == *bare);
+        return lowerCase(name) == lowerCase(options.name) ||
+               (isList(options) && bare && lowerCase(name) == lowerCase(*bare));
     });
     if (similar != answer.names.end()) out << "; there is " << inQuotes(*similar, 255);
     out << '\n';
@@ -108,8 +104,9 @@ void printText(std::ostream& out, const RefsOptions& options, const Answer& answ
     else
         out << grouped(rules.size()) << " rules refer";
     out << " to " << entityText(options, options.name) << '\n';
-    if (dangling != 0 && isList(options))
-        out << "places whose list matching does not find: " << grouped(dangling) << " (letter case counts)\n";
+    if (dangling != 0)
+        out << grouped(dangling) << (dangling == 1 ? " place names" : " places name") << " no "
+            << (isList(options) ? "list" : "classification") << " (letter case counts)\n";
     if (!rules.empty() && answer.references.checker != rules.front().path)
         out << "the library's reference checker finds none of them\n";
     printMissing(out, options, answer);

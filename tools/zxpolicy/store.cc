@@ -22,6 +22,13 @@ bool isMissingFile(const std::string& location) {
     return access(location.c_str() + engine.size(), F_OK) != 0 && errno == ENOENT;
 }
 
+bool isMissingFileInFolder(const std::string& location) {
+    if (!isMissingFile(location)) return false;
+    const std::string file = location.substr(std::string(kFileEngine).size());
+    const size_t slash = file.rfind('/');
+    return slash == std::string::npos || access(file.substr(0, slash + 1).c_str(), F_OK) == 0;
+}
+
 Store::Store(const std::string& location, Missing missing) : _location(location) {
     if (missing == Missing::Refuse && isMissingFile(location))
         throw PolicyError("there is no store at " + oneLine(location) + "; make one with apply, or give --store");

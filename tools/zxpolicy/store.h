@@ -39,6 +39,8 @@ private:
 
 // Whether `location` is a file that does not exist.
 bool isMissingFile(const std::string& location);
+// Whether it is one that can be made: its folder exists.
+bool isMissingFileInFolder(const std::string& location);
 
 // One update of a store: all writes while it is open are kept together, or taken back. Other writers wait.
 class StoreUpdate {

@@ -217,8 +217,8 @@ private:
         });
         const KeyHandle marks = openRawKey(key, "inactive");
         if (marks) {
-            lookAtValues(marks.get(), "the inactive marks of " + where, {}, textFamily("inactive", kMaxName));
-            lookAtSubkeys(marks.get(), "the inactive marks of " + where, {});
+            lookAtValues(marks.get(), "the inactive marks' key of " + where, {}, textFamily("inactive", kMaxName));
+            lookAtSubkeys(marks.get(), "the inactive marks' key of " + where, {});
         } else {
             add(where, "lacks its key \"inactive\"");
         }
@@ -269,8 +269,8 @@ private:
         lookAtSettingKey(key, where);
         const KeyHandle outcomes = openRawKey(key, "Classification");
         if (!outcomes) return;
-        lookAtSubkeys(outcomes.get(), "the outcomes of " + where, {});
-        lookAtValues(outcomes.get(), "the outcomes of " + where, {}, [](const RawValue& value) {
+        lookAtSubkeys(outcomes.get(), "the outcomes' key of " + where, {});
+        lookAtValues(outcomes.get(), "the outcomes' key of " + where, {}, [](const RawValue& value) {
             return std::make_optional(formFault(value, ZXREG_STRING, value.data.size()));
         });
     }

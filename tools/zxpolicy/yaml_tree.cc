@@ -1,5 +1,6 @@
 #include "yaml_tree.h"
 
+#include <yaml-cpp/depthguard.h>
 #include <yaml-cpp/eventhandler.h>
 #include <yaml-cpp/exceptions.h>
 #include <yaml-cpp/parser.h>
@@ -116,6 +117,8 @@ YamlNode parseYaml(const YamlSource& source, const std::string& text) {
         YAML::Parser parser(stream);
         while (parser.HandleNextDocument(builder)) {
         }
+    } catch (const YAML::DeepRecursion& failure) {
+        source.fail(placeOf(failure.mark), "nested too deeply");
     } catch (const YAML::Exception& failure) {
         // Behind a colon the parser quotes the file, which may have a password there.
         source.fail(placeOf(failure.mark), "not valid YAML: " + oneLine(failure.msg.substr(0, failure.msg.find(':'))));
