@@ -142,7 +142,8 @@ check_pkgconfig() {
     build_examples "$elsewhere/second" "$elsewhere/other" decide.c own_store.c
     mv "$elsewhere"/first/policy.db* "$elsewhere/second"
     compare "$("$elsewhere/second/own_store" 2>&1)" "$here/expected/own_store.txt"
-    run "$elsewhere/second/decide" memory: "" bob@example.com
+    run "$elsewhere/second/decide" "sqlite:$elsewhere/second/policy.db" "" bob@example.com
+    "$elsewhere/second/decide" memory: "" bob@example.com 2>/dev/null && fault "a mail passes without a policy"
     run "$elsewhere/other/bin/zxpolicy" --store "sqlite:$elsewhere/second/policy.db" dump
 }
 
