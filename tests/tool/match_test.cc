@@ -132,7 +132,7 @@ TEST_F(MatchTest, EnvelopesAreAddedUpInATree) {
               "\\Wide\\foot          3      2\n"
               "\\Wide\\last          3      2\n"
               "\n");
-    EXPECT_THAT(outcome.out, testing::ContainsRegex("a decision took [0-9.]+ µs \\(median\\), [0-9.]+ µs "
+    EXPECT_THAT(outcome.out, testing::ContainsRegex("a decision took [0-9,.]+ µs \\(median\\), [0-9,.]+ µs "
                                                     "\\(99 of 100\\): [0-9,]+ mails/s\n"));
 }
 
