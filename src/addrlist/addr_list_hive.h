@@ -22,6 +22,9 @@ public:
     /// Takes `hiveKey` over.
     explicit ZxPolAddrListHive(_ZxPolComHandle* hiveKey);
 
+    /// The hive's key, which stays the hive's.
+    _ZxPolComHandle* hiveKey() const { return _entityKey(); }
+
     /// Opens the hive below a key of the caller's, making it when missing.
     static ZxPolAddrListHive* open(_ZxPolComHandle* parent, int* error);
 

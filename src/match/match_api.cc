@@ -3,6 +3,7 @@
 #include "frame/frame.h"
 #include "match/rule_matcher.h"
 #include "rules/rule_hive.h"
+#include "store/one_state.h"
 
 using namespace zxpol;
 
@@ -38,7 +39,16 @@ void zxpol_matchRuleByMailInfoEx(_ZxPolComHandle* ruleHive, _ZxPolComHandle* add
             *pairs = nullptr;
             *count = 0;
             const _ZxPolMatchOption option = optionFor(mode);
-            ZxPolRuleMatcher(&lists, &rules, &option).match(sender, receivers, pairs, count, error);
+            // All of the answer comes from one policy: half of an edit by another process may let mails through that
+            // both the policy before it and the one after it keep out.
+            readOneState(
+                rules.hiveKey(), lists.hiveKey(), error,
+                [&] { ZxPolRuleMatcher(&lists, &rules, &option).match(sender, receivers, pairs, count, error); },
+                [&] {
+                    ZxPolRuleMatcher::freeMatchPair(*pairs, *count, error);
+                    *pairs = nullptr;
+                    *count = 0;
+                });
         });
 }
 

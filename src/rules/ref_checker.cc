@@ -7,6 +7,7 @@
 #include "rules/child_walk.h"
 #include "rules/rule.h"
 #include "rules/rule_hive.h"
+#include "store/one_state.h"
 #include "store/result.h"
 #include "store/store_value.h"
 #include "zxbase.h"
@@ -74,11 +75,18 @@ bool ZxPolRefChecker::checkReference(ZxPolRefEntity entity, const char* name, ch
         *err = ZXPOL_E_OUT_OF_MEMORY;
         return false;
     }
-    const std::unique_ptr<ZxPolRule> root(_hive->openRootRule(err));
-    if (failed(*err) || root == nullptr) return false;
-    *err = ZXPOL_S_OK;
     std::string foundPath;
-    if (!_find(root.get(), entity, name, foundPath)) return false;
+    // Of one state: a rule that moves meanwhile must not be missed at both its places.
+    readOneState(
+        _hive->hiveKey(), nullptr, err,
+        [&] {
+            const std::unique_ptr<ZxPolRule> root(_hive->openRootRule(err));
+            if (failed(*err) || root == nullptr) return;
+            *err = ZXPOL_S_OK;
+            _find(root.get(), entity, name, foundPath);
+        },
+        [&] { foundPath.clear(); });
+    if (failed(*err) || foundPath.empty()) return false;
     const auto needed = static_cast<uint32_t>(foundPath.size() + 1);
     // A buffer of exactly the size needed is refused.
     if (*size > needed) {

@@ -26,6 +26,9 @@ public:
     ZxPolRuleHive(const ZxPolRuleHive&) = delete;
     ZxPolRuleHive& operator=(const ZxPolRuleHive&) = delete;
 
+    /// The hive's key, which stays the hive's.
+    _ZxPolComHandle* hiveKey() const { return _key.get(); }
+
     /// Opens the hive below a key of the caller's, making it and its root when missing. A complete hive is only
     /// read. ZXPOL_E_NOT_SUPPORTED: `hiveType` is not 0.
     static ZxPolRuleHive* open(_ZxPolComHandle* parent, int hiveType, int* error);

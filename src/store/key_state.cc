@@ -19,12 +19,16 @@ Service whenOfTheStore(Service service) {
 
 }  // namespace
 
+uint64_t stampOf(_ZxPolComHandle* key, int* error) {
+    static const Service service = whenOfTheStore(&zxreg_stamp);
+    *error = ZXPOL_S_OK;
+    return service != nullptr ? service(key, error) : 0;
+}
+
 KeyState stateOf(_ZxPolComHandle* key, int* error) {
-    static const Service stampOf = whenOfTheStore(&zxreg_stamp);
     static const Service identityOf = whenOfTheStore(&zxreg_identity);
     KeyState state;
-    *error = ZXPOL_S_OK;
-    if (stampOf != nullptr) state.stamp = stampOf(key, error);
+    state.stamp = stampOf(key, error);
     if (identityOf != nullptr && succeeded(*error)) state.identity = identityOf(key, error);
     return state;
 }

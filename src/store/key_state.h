@@ -13,6 +13,9 @@ struct KeyState {
     uint64_t stamp = 0;     // another one whenever anything at or below the key has changed
 };
 
+// The stamp of a key now, 0 where the store gives none. Fails with the store's code.
+uint64_t stampOf(_ZxPolComHandle* key, int* error);
+
 // The state of a key now. Fails with the store's code.
 KeyState stateOf(_ZxPolComHandle* key, int* error);
 
