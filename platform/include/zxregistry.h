@@ -92,7 +92,8 @@ typedef struct _ZxPolComHandle {
 #define ZXREG_E_DELETED (ZXREG_FAILURE + 0x1907)    /* the key of this handle has been deleted */
 #define ZXREG_E_LOCATION (ZXREG_FAILURE + 0x1908)   /* the location names no known engine */
 #define ZXREG_E_NO_UPDATE (ZXREG_FAILURE + 0x1909)  /* no update is open in this thread */
-#define ZXREG_E_SECRET (ZXREG_FAILURE + 0x190a)     /* the key file is missing, foreign or unsafe */
+#define ZXREG_E_SECRET (ZXREG_FAILURE + 0x190a)     /* the key file is missing or foreign */
+#define ZXREG_E_UNSAFE (ZXREG_FAILURE + 0x190b)     /* others may have changed the files, or read the key */
 
 /* ---- the nine operations that the policy library requires ---------------------------------- */
 
@@ -183,6 +184,8 @@ ZXREG_API void zxreg_cancelUpdate(_ZxPolComHandle* key, int* error);
 /*
  * A number that is different whenever anything at or below `key` has changed, from any process, and
  * different for keys of different stores. It is comparable within one process only. 0 on failure.
+ * While another thread's update is open in which something at or below `key` has been changed, each
+ * call gives another number: nothing that is read then is known to stay.
  */
 ZXREG_API uint64_t zxreg_stamp(_ZxPolComHandle* key, int* error);
 
@@ -205,12 +208,25 @@ ZXREG_API uint64_t zxreg_identity(_ZxPolComHandle* key, int* error);
  *   memory:         a store of its own at every opening, gone with its last key
  *   memory:NAME     a store shared by all openings of NAME in this process while any key is open
  *   sqlite:PATH     a SQLite database, created when missing, with a key file PATH.key beside it
- *                   once a protected string is written; new files are the owner's alone (mode 0600)
+ *                   once a protected string is written; new files are the owner's alone (mode 0600),
+ *                   whatever the umask
+ *
+ * The database, its log files and the key file must be regular files that belong to root or to the
+ * effective user and that nobody else may write to; the key file must have no other access than its
+ * owner's, no second name, and be no symbolic link. The folder must not be writable by everybody, unless
+ * it has the sticky bit; one that its group may write to is left to whoever made it so. Anything else is
+ * UNSAFE, and zxreg_lastErrorText names the file and what mends it.
+ *
+ * Programs of several users share a store through the environment variable ZXREG_GROUP, the name or
+ * number of a group: files of that group may have any owner, its members may read and write them, and
+ * new files are made so (mode 0660). The folder should be of that group with mode 2770, so that log
+ * files come to be of the group too. The variable does not count in a program that runs with other
+ * rights than those of who started it.
  *
  * LOCATION for any other text; FOREIGN for a file that is no store of this version (an empty one too:
  * it may be what is left of a store), CORRUPT, PERMISSION, BUSY or IO when the file cannot be used. A
  * file that may only be read opens, and writes to it fail (PERMISSION). Without its key file a store
- * opens, and its protected strings do not.
+ * opens, and its protected strings do not (SECRET).
  */
 ZXREG_API _ZxPolComHandle* zxreg_openStore(const char* location, int* error);
 

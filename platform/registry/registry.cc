@@ -102,14 +102,14 @@ private:
     ValuePtr _sealed;
 };
 
-// A number that `get(const Node&)` reads off an existing key; 0 on failure.
+// A number that `get(const Key&)` reads off an existing key; 0 on failure.
 template <class Get>
 uint64_t numberOf(_ZxPolComHandle* handle, int* error, Get get) noexcept {
     uint64_t number = 0;
     call(handle, error, [&](Key& of) {
         return of.store->read([&](const Tree&) {
             if (of.node->deleted) return ZXREG_E_DELETED;
-            number = get(*of.node);
+            number = get(of);
             return ZXREG_S_OK;
         });
     });
@@ -244,11 +244,11 @@ void zxreg_cancelUpdate(_ZxPolComHandle* key, int* error) {
 }
 
 uint64_t zxreg_stamp(_ZxPolComHandle* key, int* error) {
-    return numberOf(key, error, [](const Node& node) { return node.stamp; });
+    return numberOf(key, error, [](const Key& of) { return of.store->stampOf(*of.node); });
 }
 
 uint64_t zxreg_identity(_ZxPolComHandle* key, int* error) {
-    return numberOf(key, error, [](const Node& node) { return node.identity; });
+    return numberOf(key, error, [](const Key& of) { return of.node->identity; });
 }
 
 _ZxPolComHandle* zxreg_openStore(const char* location, int* error) {

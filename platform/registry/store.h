@@ -47,6 +47,10 @@ public:
     int setValue(Node& node, std::string_view name, uint32_t type, const void* data, uint32_t size);
     int deleteValue(Node& node, std::string_view name);
 
+    // The node's stamp, which nobody else's is, and which stays so while nothing changes at or below it. As long as
+    // another thread has changed something there in an update that is still open, a new number each time.
+    uint64_t stampOf(const Node& node) const noexcept;
+
     // Opens a protected string into `plain`, which has room for it.
     int openSecret(const SecretPlace& place, std::string_view sealed, void* plain);
 
@@ -95,6 +99,9 @@ private:
     Tree _tree;
     std::mutex _engineMutex;
     std::unique_ptr<Engine> _engine;
+
+    // Greater than the stamps of all that the open update has not changed; 0 when none is open.
+    alignas(8) std::atomic<uint64_t> _openSince{0};
 
     // These belong to the holder of the update lock.
     UpdateLock _updates;

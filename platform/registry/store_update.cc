@@ -28,12 +28,20 @@ void Store::begin() {
     if (!_updates.take(deadline)) throw Failure(ZXREG_E_BUSY, _place + ": another thread is writing for too long.");
     try {
         _marks.push_back(_tree.logSize());
-        if (_marks.size() == 1) beginTransaction(deadline);
+        if (_marks.size() == 1) {
+            beginTransaction(deadline);
+            _openSince = Tree::newStamp();
+        }
     } catch (...) {
         if (_marks.size() == _updates.depth()) _marks.pop_back();
         _updates.giveBack();
         throw;
     }
+}
+
+uint64_t Store::stampOf(const Node& node) const noexcept {
+    const uint64_t since = _openSince;
+    return since != 0 && node.stamp > since && _updates.depth() == 0 ? Tree::newStamp() : node.stamp;
 }
 
 // Another process's transaction is waited for without holding any lock, so that reading goes on. The pauses stay short:
@@ -66,6 +74,7 @@ void Store::end() {
 
 void Store::leave() noexcept {
     _marks.pop_back();
+    if (_marks.empty()) _openSince = 0;
     _updates.giveBack();
 }
 

@@ -221,6 +221,10 @@ void Tree::detach(Node& node) noexcept {
     node.release();
 }
 
+uint64_t Tree::newStamp() noexcept {
+    return nextStamp();
+}
+
 // Stamps a node and all above it as changed.
 void Tree::touch(Node& node) noexcept {
     const uint64_t stamp = nextStamp();

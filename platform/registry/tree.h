@@ -87,6 +87,9 @@ public:
     uint64_t nextValueId() const noexcept { return _nextValueId; }
     void setNextIds(uint64_t node, uint64_t value) noexcept;
 
+    // A number greater than every stamp given so far.
+    static uint64_t newStamp() noexcept;
+
     static constexpr uint64_t rootId = 1;
 
     mutable RwLock lock;

@@ -79,6 +79,9 @@ bool ZxPolNormalAddrList::_tryToJoin(CacheList::Shared& torn, int* error) {
     if (failed(*error)) return false;
     CacheList::Shared cache = gmAddrCacheMap.find(_name, state);
     if (cache == nullptr) {
+        // While another thread changes the list, and could be waited for, there is no use in reading it.
+        if (canUpdate() && stateOf(_listKey(), error).stamp != state.stamp) return false;
+        if (failed(*error)) return false;
         cache = std::make_shared<ListCache>(state);
         _fill(*cache, error);
         const KeyState now = succeeded(*error) ? stateOf(_listKey(), error) : state;
