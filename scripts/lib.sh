@@ -43,3 +43,9 @@ build() {
     fi
     cmake --build --preset "$preset" ${1:+--target "$@"}
 }
+
+# Whether a package is installed.
+installed() { dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed; }
+
+# The programs with several threads and processes, which preset native-threads is for.
+race_targets=(threads_tests contract_registry contract_store_worker)

@@ -110,6 +110,11 @@ struct Row {
     bool isFreeing() const { return std::strncmp(name, "zxpol_free", 10) == 0; }
 };
 
+// By its name: the bytes of a row include some that were never written.
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << row.name;
+}
+
 template <class Result, class... Parameters, size_t... Places>
 bool callWith(Result (*function)(Parameters...), Call& call, std::index_sequence<Places...>) {
     constexpr size_t last = sizeof...(Parameters) - 1;

@@ -150,6 +150,16 @@ def check_store_names():
         fault("check_text.py", "the names in the store are not found in the sources any more")
 
 
+def check_limits():
+    """Every row of the limits names tests that exist."""
+    code = "".join(p.read_text() for p in (ROOT / "tests").rglob("*.cc"))
+    found = {f"{suite}.{name}" for suite, name in re.findall(r"^TEST(?:_[FP])?\((\w+), (\w+)\)", code, re.M)}
+    for cells in rows(read("docs/limits.md"), 3)[1:]:
+        named = [name for name in quoted(cells[2]) if "." in name]
+        if cells[2] != "shown by" and (not named or set(named) - found):
+            fault("limits.md", f"no test shows: {cells[0]}")
+
+
 def check_widths():
     """The widths of texts in the layout are those of the records, without the NUL."""
     text = read("include/zxpolicy.h")
@@ -217,6 +227,7 @@ def main():
     check_codes()
     check_host_functions()
     check_store_names()
+    check_limits()
     check_widths()
     check_links()
     check_pictures()

@@ -6,13 +6,14 @@
 #include <functional>
 #include <iostream>
 
+#include "support/experiment.h"
 #include "support/policy_fixture.h"
 
 using namespace zxtest;
 
 namespace {
 
-constexpr uint32_t kLevels = 1000;
+const uint32_t kLevels = shortOrLong(1000u, 3000u);
 
 // The stack that a thread has by default.
 constexpr size_t kStackSize = 8u << 20;

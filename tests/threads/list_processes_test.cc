@@ -20,7 +20,7 @@ protected:
         all.insert(all.end(), words.begin(), words.end());
         return all;
     }
-    void run(const Addresses& words) const { Worker(command(words)).finish(); }
+    void run(const Addresses& words) const { Worker("list_worker", command(words)).finish(); }
 
     threads::SharedStore _store;
     ListClient _list;
@@ -51,7 +51,8 @@ TEST_F(ListProcesses, AreSeenByTheNextChange) {
 
 TEST_F(ListProcesses, LoseNothingOfEachOther) {
     const std::string count = "150";
-    Worker one(command({"fill", "one-", count})), two(command({"fill", "two-", count}));
+    Worker one("list_worker", command({"fill", "one-", count}));
+    Worker two("list_worker", command({"fill", "two-", count}));
     for (const std::string& address : threads::numbered("mine-", 150))
         _list.insert({address});
     one.finish();
@@ -70,7 +71,7 @@ TEST_F(ListProcesses, ShowAnImportWhole) {
     const threads::AddressFile files[] = {threads::AddressFile(contents[0]), threads::AddressFile(contents[1])};
     _list.import(files[0].path(), false);
     const char* const rounds = std::getenv("ZX_THREADS_SECONDS") != nullptr ? "600" : "60";
-    Worker worker(command({"alternate", files[0].path(), files[1].path(), rounds}));
+    Worker worker("list_worker", command({"alternate", files[0].path(), files[1].path(), rounds}));
     size_t seen[2] = {0, 0};
     while (worker.isRunning() && !HasFailure()) {
         _list.open();

@@ -27,12 +27,12 @@ double secondsOfATest() {
     return given != nullptr ? std::atof(given) : 0.6;
 }
 
-std::string workerPath() {
-    if (const char* given = std::getenv("ZX_LIST_WORKER")) return given;
+std::string workerPath(const std::string& program) {
+    if (const char* given = std::getenv("ZX_WORKERS")) return std::string(given) + "/" + program;
     char self[4096] = "";
     const ssize_t size = readlink("/proc/self/exe", self, sizeof self - 1);
     const std::string path(self, size > 0 ? static_cast<size_t>(size) : 0);
-    return path.substr(0, path.rfind('/') + 1) + "list_worker";
+    return path.substr(0, path.rfind('/') + 1) + program;
 }
 
 }  // namespace
@@ -94,8 +94,8 @@ void Crew::work() {
         thread.join();
 }
 
-Worker::Worker(const Addresses& arguments) {
-    const std::string path = workerPath();
+Worker::Worker(const std::string& program, const Addresses& arguments) {
+    const std::string path = workerPath(program);
     std::vector<char*> words{const_cast<char*>(path.c_str())};
     for (const std::string& argument : arguments)
         words.push_back(const_cast<char*>(argument.c_str()));

@@ -49,10 +49,10 @@ private:
     std::vector<std::function<void(const std::atomic<bool>&)>> _members;
 };
 
-// A program list_worker beside this one, or the one that ZX_LIST_WORKER names.
+// A program of this name beside this one, or in the folder that ZX_WORKERS names: of the other word size, say.
 class Worker {
 public:
-    explicit Worker(const Addresses& arguments);
+    Worker(const std::string& program, const Addresses& arguments);
     ~Worker();
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
