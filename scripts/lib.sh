@@ -2,6 +2,8 @@
 # shellcheck shell=bash
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit
+# What is made here may be written to by nobody else: stores and keys that others may change are refused.
+umask 022
 mkdir -p build
 
 fail() {

@@ -5,8 +5,10 @@
 
 namespace zxbase {
 
-// Appends `text` (null counts as empty) to `line`, control characters written as \xHH: those of ASCII, and those that
-// UTF-8 writes in two bytes. So no text can end its entry early, forge another one, or steer a terminal.
+// Appends `text` (null counts as empty) to `line`. Written as \xHH, byte by byte, is what could end the entry early,
+// forge another one, steer a terminal or show the text in another order than it has: control characters (those of
+// ASCII, U+0080 to U+009F), the separators of lines and paragraphs, marks of writing direction, and bytes that are no
+// UTF-8.
 void appendEscaped(std::string& line, const char* text);
 
 }  // namespace zxbase

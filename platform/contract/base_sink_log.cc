@@ -7,7 +7,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -48,6 +50,34 @@ void writeHostileTexts() {
     log->writeWarnErrorEntry(1, 1, nullptr, nullptr);
     log->writeDebugEntry(ZX_MODULE_POLICY, 3, "fi\nle", "-TAG\n-", 1, "te\nxt", "se\ncond", 2);
     log->writeDebugEntry(ZX_MODULE_POLICY, 3, nullptr, nullptr, 1, nullptr, nullptr, 2);
+}
+
+// The bytes of each text stand for characters that a line must not have, or for none at all.
+constexpr const char* unfitTexts[] = {"\xc2\x80",     "\xc2\x9b",         "\xe2\x80\xa8",     "\xe2\x80\xa9",
+                                      "\xd8\x9c",     "\xe2\x80\x8e",     "\xe2\x80\x8f",     "\xe2\x80\xaa",
+                                      "\xe2\x80\xae", "\xe2\x81\xa6",     "\xe2\x81\xa9",     "\x80",
+                                      "\xff",         "\xc0\x8a",         "\xc1\xbf",         "\xe0\x80\x8a",
+                                      "\xed\xa0\x80", "\xf0\x80\x80\x8a", "\xf4\x90\x80\x80", "\xf5\x80\x80\x80",
+                                      "\xe2\x80",     "\xf0\x9f\x93"};
+constexpr const char* fitTexts[] = {"\xc2\xa0",     "\xd8\x9b",     "\xe2\x80\x8b",     "\xe2\x80\xa7",
+                                    "\xe2\x80\xaf", "\xe2\x81\xa5", "\xe2\x81\xaa",     "\xed\x9f\xbf",
+                                    "\xee\x80\x80", "\xef\xbf\xbd", "\xf0\x9f\x93\xae", "\xf4\x8f\xbf\xbf"};
+
+void writeEachText() {
+    for (const char* text : unfitTexts)
+        grGetLog()->writeWarnErrorEntry(1, 1, (std::string("a") + text + "z").c_str(), nullptr);
+    for (const char* text : fitTexts)
+        grGetLog()->writeWarnErrorEntry(1, 1, (std::string("a") + text + "z").c_str(), nullptr);
+}
+
+// Every byte but NUL, behind and in front of every other kind of byte that UTF-8 has.
+void writeAllPairsOfBytes() {
+    for (int byte = 1; byte < 256; ++byte) {
+        std::string text;
+        for (const char other : {'a', '\n', '\x80', '\xc2', '\xe2', '\xf0', '\xff'})
+            text.append(1, static_cast<char>(byte)).append(1, other);
+        grGetLog()->writeWarnErrorEntry(1, 1, text.c_str(), text.c_str());
+    }
 }
 
 void writeFromThreads() {
@@ -91,6 +121,8 @@ const Part parts[] = {
     {"all-kinds", writeEntriesOfAllKinds},
     {"settings", tellSettings},
     {"hostile", writeHostileTexts},
+    {"each-text", writeEachText},
+    {"all-pairs", writeAllPairsOfBytes},
     {"threads", writeFromThreads},
     {"late-change", changeEnvironmentLate},
     {"errno", writeWithErrno},
@@ -228,10 +260,44 @@ TEST(LogSink, NoTextForgesALine) {
     ASSERT_EQ(lines.size(), 5U);
     EXPECT_TRUE(isEntry(lines[0], "log 1.1 first\\x0aforged\\x0d\\x1b[31m\\x7f\\x01\\x09tab second\\x0atext"))
         << lines[0];
-    EXPECT_TRUE(isEntry(lines[1], "log 1.1 caf\xc3\xa9 \\A\\B \\xc2\\x85 \xc2\xa0 end\xc2")) << lines[1];
+    EXPECT_TRUE(isEntry(lines[1], "log 1.1 caf\xc3\xa9 \\A\\B \\xc2\\x85 \xc2\xa0 end\\xc2")) << lines[1];
     EXPECT_TRUE(isEntry(lines[2], "log 1.1 ")) << lines[2];
     EXPECT_TRUE(isEntry(lines[3], "debug 2.3 -TAG\\x0a- fi\\x0ale:1: te\\x0axt se\\x0acond")) << lines[3];
     EXPECT_TRUE(isEntry(lines[4], "debug 2.3  :1: ")) << lines[4];
+}
+
+std::string inHex(const char* text) {
+    std::string hex;
+    for (; *text != '\0'; ++text) {
+        char byte[8];
+        std::snprintf(byte, sizeof(byte), "\\x%02x", static_cast<unsigned int>(static_cast<unsigned char>(*text)));
+        hex += byte;
+    }
+    return hex;
+}
+
+TEST(LogSink, SeparatorsDirectionMarksAndBrokenTextAreWrittenAsBytes) {
+    const auto lines = play("each-text");
+    ASSERT_EQ(lines.size(), std::size(unfitTexts) + std::size(fitTexts));
+    size_t at = 0;
+    for (const char* text : unfitTexts) {
+        EXPECT_TRUE(isEntry(lines[at], "log 1.1 a" + inHex(text) + "z")) << lines[at];
+        ++at;
+    }
+    for (const char* text : fitTexts) {
+        EXPECT_TRUE(isEntry(lines[at], std::string("log 1.1 a") + text + "z")) << lines[at];
+        ++at;
+    }
+}
+
+TEST(LogSink, WhateverTheBytesAnEntryIsOneLine) {
+    const auto lines = play("all-pairs");
+    ASSERT_EQ(lines.size(), 255U);
+    for (const std::string& line : lines) {
+        EXPECT_NE(line.find("] log 1.1 "), std::string::npos) << line;
+        for (const char c : line)
+            ASSERT_FALSE(static_cast<unsigned char>(c) < 0x20 || c == '\x7f') << line;
+    }
 }
 
 TEST(LogSink, EntriesOfThreadsDoNotMix) {

@@ -101,6 +101,28 @@ TEST_F(SqliteDamage, PagesOfZeros) {
     EXPECT_GT(refused, 5);
 }
 
+// Free pages are not read; a page that is in use and listed among them would be written over.
+TEST_F(SqliteDamage, OfTheListOfFreePagesKeepsTheStoreFromBeingChanged) {
+    {
+        const Key root = openStore(location);
+        EXPECT_GE(unset(root, "long"), 0);
+        content = dump(root);
+    }
+    std::string bytes = readFile(path);
+    const auto numberAt = [&bytes](size_t at) {
+        return static_cast<size_t>(static_cast<unsigned char>(bytes[at + 2])) << 8 |
+               static_cast<unsigned char>(bytes[at + 3]);
+    };
+    const size_t list = (numberAt(32) - 1) * 4096;
+    ASSERT_GT(numberAt(32), 1u) << "no free pages";
+    ASSERT_GT(numberAt(list + 4), 0u);
+    bytes.replace(list + 4 + 4 * numberAt(list + 4), 4, std::string_view("\0\0\0\3", 4));
+    tryOut(bytes, "page 3 listed as free");
+    EXPECT_EQ(sound, 1);
+    EXPECT_EQ(set(openStore(location), "long", ZXREG_STRING, std::string(20000, 'x')), ZXREG_E_CORRUPT);
+    EXPECT_EQ(dump(openStore(location)), content);
+}
+
 TEST_F(SqliteDamage, RowsThatAreMissingOrAlteredOrTooMany) {
     const std::string whole = readFile(path);
     for (const char* sql :

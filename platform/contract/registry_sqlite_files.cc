@@ -1,8 +1,11 @@
 // Files that are no store, or that may not be used: refused by name, never taken for an empty store.
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "registry_support.h"
 #include "registry_worker.h"
@@ -51,12 +54,15 @@ protected:
 }  // namespace
 
 TEST_F(SqliteFiles, NewFilesBelongToTheirOwnerAlone) {
-    const mode_t mask = umask(0);
-    const Key root = openStore(location);
-    EXPECT_GE(set(root, "p", ZXREG_PROTECTED_STRING, "x"), 0);
-    umask(mask);
-    for (const char* suffix : {"", "-wal", "-shm", ".key"}) {
-        EXPECT_EQ(modeOf(path + suffix), 0600u) << suffix;
+    for (const mode_t strict : {0u, 027u, 0777u}) {
+        const std::string file = path + std::to_string(strict);
+        const mode_t mask = umask(strict);
+        const Key root = openStore("sqlite:" + file);
+        EXPECT_GE(set(root, "p", ZXREG_PROTECTED_STRING, "x"), 0);
+        umask(mask);
+        for (const char* suffix : {"", "-wal", "-shm", ".key"}) {
+            EXPECT_EQ(modeOf(file + suffix), 0600u) << file << suffix;
+        }
     }
 }
 
@@ -65,6 +71,23 @@ TEST_F(SqliteFiles, MakingAStoreLeavesNothingElseBehind) {
     EXPECT_EQ(unlink(path.c_str()), 0);
     EXPECT_EQ(rmdir(folder.path().c_str()), 0);
     EXPECT_EQ(mkdir(folder.path().c_str(), 0700), 0);
+}
+
+TEST_F(SqliteFiles, AStoreThatCannotBeMadeLeavesNothingBehind) {
+    struct rlimit before {};
+    EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    for (const rlim_t most : {0u, 1000u, 5000u, 20000u}) {
+        const struct rlimit limit { most, before.rlim_max };
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+        const int code = openStoreCode();
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+        EXPECT_EQ(code, ZXREG_E_IO) << most;
+        EXPECT_EQ(rmdir(folder.path().c_str()), 0) << most;
+        EXPECT_EQ(mkdir(folder.path().c_str(), 0700), 0);
+    }
+    std::signal(SIGXFSZ, handler);
+    makeStore();
 }
 
 TEST_F(SqliteFiles, AnotherTextFileIsForeign) {
@@ -116,7 +139,7 @@ TEST_F(SqliteFiles, ALogWithoutItsDatabaseIsDamage) {
 // The worker takes another user's place where the tests run as the one user whom permissions do not stop.
 TEST_F(SqliteFiles, AFileThatMayNotBeReadIsNotPermitted) {
     makeStore();
-    EXPECT_EQ(chmod(folder.path().c_str(), 0777), 0);
+    EXPECT_EQ(chmod(folder.path().c_str(), 01777), 0);
     EXPECT_EQ(chmod(path.c_str(), 0), 0);
     Worker worker({"--uid", "65534", location});
     EXPECT_EQ(worker.line(), "error 81021905");
@@ -125,7 +148,7 @@ TEST_F(SqliteFiles, AFileThatMayNotBeReadIsNotPermitted) {
 
 TEST_F(SqliteFiles, AFileThatMayOnlyBeReadIsReadAndNotWritten) {
     makeStore();
-    EXPECT_EQ(chmod(folder.path().c_str(), 0777), 0);
+    EXPECT_EQ(chmod(folder.path().c_str(), 01777), 0);
     EXPECT_EQ(chmod(path.c_str(), 0444), 0);
     Worker worker({"--uid", "65534", location, "get", "A",     "v",      "set", "A", "v", "y",   "create", "A", "begin",
                    "get",   "A",     "v",      "end", "begin", "secret", "A",   "p", "y", "end", "create", "B"});

@@ -108,6 +108,7 @@ private:
 };
 
 std::string readFile(const std::string& path);
+// A new file is its owner's alone, whatever the umask: other files are refused before anybody looks what is in them.
 void writeFile(const std::string& path, const std::string& bytes);
 
 // The stores that the tests of the contract run on. ZXREG_CONTRACT_LOCATION replaces ours by another one, whose

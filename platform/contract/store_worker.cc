@@ -1,6 +1,8 @@
 // A second process for the tests of the store: runs the commands of its command line, one after the other.
 //
-//   contract_store_worker [--uid N] LOCATION COMMAND...
+//   contract_store_worker [--uid N] [--gid N] LOCATION COMMAND...
+//
+// The options make root somebody else; other users stay who they are.
 //
 //   create PATH | delete PATH                keys, below the root
 //   set PATH NAME TEXT | unset PATH NAME     values, strings
@@ -16,6 +18,7 @@
 //   die                                      is killed on the spot
 //
 // A command that fails prints "error" and the code, and the next one runs. Exit status 1 when anything failed.
+#include <grp.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -154,14 +157,21 @@ int run(_ZxPolComHandle* root, char** words, int count) {
     return 4;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+// Follows the options; returns where the words behind them begin, or 0.
+int becomeSomebodyElse(int argc, char** argv) {
+    uid_t user = geteuid();
+    gid_t group = getegid();
     int at = 1;
-    if (argc > 2 && std::strcmp(argv[1], "--uid") == 0) {
-        if (geteuid() == 0 && setuid(static_cast<uid_t>(std::atoi(argv[2]))) != 0) return 3;
-        at = 3;
+    for (; at + 1 < argc && std::strncmp(argv[at], "--", 2) == 0; at += 2) {
+        const auto number = static_cast<unsigned>(std::atoi(argv[at + 1]));
+        (std::strcmp(argv[at], "--uid") == 0 ? user : group) = number;
     }
+    if (geteuid() != 0 || (user == 0 && group == 0)) return at;
+    const bool isDone = setgroups(0, nullptr) == 0 && setgid(group) == 0 && setuid(user) == 0;
+    return isDone ? at : 0;
+}
+
+int work(int argc, char** argv, int at) {
     if (argc <= at) return 2;
     int error = 0;
     _ZxPolComHandle* root = zxreg_openStore(argv[at++], &error);
@@ -174,4 +184,11 @@ int main(int argc, char** argv) {
     }
     zxreg_closeKey(root, &error);
     return hasFailed ? 1 : 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const int at = becomeSomebodyElse(argc, argv);
+    return at == 0 ? 3 : work(argc, argv, at);
 }

@@ -33,7 +33,8 @@ enum ZxModuleID : uint32_t { ZX_MODULE_POLICY = 2 };
  *   ZXBASE_LOG_LEVEL  application entries up to this level are written (0 to 9, default 1)
  *   ZXBASE_DEBUG      modules whose debug entries are wanted: numbers separated by commas, or "all";
  *                     none when unset
- * Control characters in messages are written as \xHH, so that an entry is always one line.
+ * Control characters in messages, separators of lines, marks of writing direction and bytes that are no
+ * UTF-8 are written as \xHH, so that an entry is always one line and shows what it says.
  */
 class ZXBASE_API ZxIntLog {
 public:

@@ -1,24 +1,21 @@
 #include "files.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <system_error>
 
 #include "failure.h"
+#include "file_trust.h"
 
 namespace zxreg {
 namespace {
-
-std::string folderOf(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
 
 // Empty with errno set when the path does not lead anywhere.
 std::string resolved(const std::string& path) {
@@ -27,6 +24,12 @@ std::string resolved(const std::string& path) {
 }
 
 }  // namespace
+
+std::string folderOf(const std::string& path) {
+    const size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
 
 void throwFileFailure(const std::string& path, const char* what, int error) {
     const bool denied = error == EACCES || error == EPERM || error == EROFS || error == EISDIR;
@@ -54,14 +57,33 @@ void syncFolderOf(const std::string& path) {
     if (error != 0 && error != EINVAL) throwFileFailure(path, "its folder cannot be written", error);
 }
 
-NewFile::NewFile(const std::string& path) : _path(path), _name(path + ".new-XXXXXX") {
-    _file = mkostemp(_name.data(), O_CLOEXEC);
-    if (_file < 0) throwFileFailure(path, "cannot be created", errno);
+NewFile::NewFile(const std::string& path) : _path(path), _folder(path + ".new-XXXXXX") {
+    if (mkdtemp(_folder.data()) == nullptr) throwFileFailure(path, "cannot be created", errno);
+    _name = _folder + "/file";
+    try {
+        // The umask may have kept even the owner out.
+        if (chmod(_folder.c_str(), 0700) != 0) throwFileFailure(path, "cannot be created", errno);
+        _file = open(_name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+        if (_file < 0) throwFileFailure(path, "cannot be created", errno);
+        restrictNewFile(path, _file);
+    } catch (...) {
+        discard();
+        throw;
+    }
 }
 
 NewFile::~NewFile() {
-    close(_file);
-    unlink(_name.c_str());
+    discard();
+}
+
+// A database that could not be finished may have left more than itself.
+void NewFile::discard() noexcept {
+    if (_file >= 0) close(_file);
+    for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
+        char name[PATH_MAX];
+        if (std::snprintf(name, sizeof name, "%s%s", _name.c_str(), suffix) < PATH_MAX) unlink(name);
+    }
+    rmdir(_folder.c_str());
 }
 
 void NewFile::write(const void* data, size_t size) {
@@ -75,13 +97,13 @@ void NewFile::write(const void* data, size_t size) {
     if (fsync(_file) != 0) throwFileFailure(_path, "cannot be written", errno);
 }
 
+// Renamed, the file never has two names at once; but not every file system can rename without overwriting.
 bool NewFile::publish() {
-    if (link(_name.c_str(), _path.c_str()) != 0) {
-        if (errno == EEXIST) return false;
-        throwFileFailure(_path, "cannot be created", errno);
-    }
-    syncFolderOf(_path);
-    return true;
+    bool isDone = renameat2(AT_FDCWD, _name.c_str(), AT_FDCWD, _path.c_str(), RENAME_NOREPLACE) == 0;
+    if (!isDone && errno != EEXIST) isDone = link(_name.c_str(), _path.c_str()) == 0;
+    if (!isDone && errno != EEXIST) throwFileFailure(_path, "cannot be created", errno);
+    if (isDone) syncFolderOf(_path);
+    return isDone;
 }
 
 }  // namespace zxreg

@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "failure.h"
+#include "file_trust.h"
 #include "files.h"
 
 namespace zxreg {
@@ -46,12 +47,12 @@ const SecretKey& KeyFile::presentKeyOf(std::string_view fingerprint) {
 
 // Empty when there is no such file.
 std::optional<SecretKey> KeyFile::read() const {
-    const OpenFile opened(open(_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const OpenFile opened(open(_path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
     if (opened.file < 0 && errno == ENOENT) return std::nullopt;
     struct stat status {};
+    if (opened.file < 0 && errno == ELOOP && lstat(_path.c_str(), &status) == 0) checkKeyFile(_path, status);
     if (opened.file < 0 || fstat(opened.file, &status) != 0) fail("The key file cannot be opened");
-    if (!S_ISREG(status.st_mode)) fail("The key file is not a regular file");
-    if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0) fail("The key file is open to others; its mode must be 0600");
+    checkKeyFile(_path, status);
     if (status.st_size != static_cast<off_t>(SecretKey::size)) fail("The key file has a wrong size");
     SecretKey key;
     if (::read(opened.file, key.data(), SecretKey::size) != static_cast<ssize_t>(SecretKey::size)) {

@@ -12,8 +12,8 @@ class KeyFile {
 public:
     explicit KeyFile(std::string path) : _path(std::move(path)) {}
 
-    // The key whose fingerprint is given. Kept once read. Throws a Failure (SECRET) when the file is missing, unsafe or
-    // holds another key.
+    // The key whose fingerprint is given. Kept once read. Throws a Failure: SECRET when the file is missing or holds
+    // another key, UNSAFE when others may have seen or changed it.
     const SecretKey& keyOf(std::string_view fingerprint);
 
     // The same, and looks at the file again, so that nothing is sealed with a key that has been lost. An empty

@@ -3,35 +3,38 @@
 
 #include <sodium.h>
 
-#include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace zxreg {
 
-// A key that is wiped from memory when it goes.
+// A key. It lies in memory of its own between pages that cannot be touched, which is in no core file, is not swapped
+// where the limits of the process allow that, and is wiped when the key goes. There is one of it: a key can be moved,
+// but not copied.
 class SecretKey {
 public:
     static constexpr size_t size = crypto_aead_xchacha20poly1305_ietf_KEYBYTES;
     static constexpr size_t fingerprintSize = 16;
 
-    SecretKey() noexcept : _bytes{} {}
-    SecretKey(const SecretKey&) = default;
-    SecretKey& operator=(const SecretKey&) = default;
-    ~SecretKey() { sodium_memzero(_bytes.data(), size); }
+    // All zero.
+    SecretKey();
 
     static SecretKey random();
 
-    unsigned char* data() noexcept { return _bytes.data(); }
-    const unsigned char* data() const noexcept { return _bytes.data(); }
+    unsigned char* data() noexcept { return _bytes.get(); }
+    const unsigned char* data() const noexcept { return _bytes.get(); }
 
     // Tells keys apart without revealing them.
     std::string fingerprint() const;
 
 private:
-    std::array<unsigned char, size> _bytes;
+    struct Wiper {
+        void operator()(unsigned char* bytes) const noexcept { sodium_free(bytes); }
+    };
+    std::unique_ptr<unsigned char, Wiper> _bytes;
 };
 
 // Where a protected string stands; sealed bytes open in their own place only.

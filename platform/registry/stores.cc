@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "file_trust.h"
 #include "files.h"
 #include "sqlite_engine.h"
 
@@ -27,7 +28,10 @@ std::unique_ptr<Engine> makeMemoryEngine(const std::string&) {
     return std::make_unique<Engine>();
 }
 std::unique_ptr<Engine> makeSqliteEngine(const std::string& path) {
-    return std::make_unique<SqliteEngine>(path);
+    const OpeningWatch watch(path);
+    auto engine = std::make_unique<SqliteEngine>(path);
+    watch.confirm();
+    return engine;
 }
 
 bool startsWith(std::string_view text, std::string_view prefix) {

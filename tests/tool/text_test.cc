@@ -78,6 +78,7 @@ TEST(ResultNames, EveryCodeHasItsNameAndNumber) {
                            ZXREG_E_LOCATION,
                            ZXREG_E_NO_UPDATE,
                            ZXREG_E_SECRET,
+                           ZXREG_E_UNSAFE,
                            ZXPOL_S_OK})
         EXPECT_STRNE(resultName(code), "unknown result") << std::hex << code;
 }

@@ -71,7 +71,7 @@ void requireNoneDangling(const std::vector<std::string>& dangling) {
 void printLines(std::ostream& out, const char* kind, const std::vector<std::string>& lines, const char* more) {
     constexpr size_t kMost = 10;
     for (size_t i = 0; i < lines.size() && i < kMost; ++i)
-        out << "zxpolicy: " << kind << ": " << lines[i] << '\n';
+        out << "zxpolicy: " << kind << ": " << oneLine(lines[i]) << '\n';
     if (lines.size() > kMost) out << "zxpolicy: " << kind << ": " << grouped(lines.size() - kMost) << more << '\n';
 }
 

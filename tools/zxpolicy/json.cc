@@ -1,10 +1,37 @@
 #include "json.h"
 
+#include <cstdio>
 #include <nlohmann/json.hpp>
+
+#include "text.h"
 
 namespace tool {
 
 using Document = nlohmann::ordered_json;
+
+namespace {
+
+// Writes as \uHHHH what a document may hold as it is, but a terminal or a reader of lines should not get. All of that
+// stands inside strings, and below U+10000.
+std::string withEscapes(const std::string& document) {
+    std::string out;
+    out.reserve(document.size());
+    uint32_t codePoint = 0;
+    for (size_t position = 0; position < document.size();) {
+        const size_t begin = position;
+        if (!nextCodePoint(document, position, codePoint)) ++position;
+        if (isFitForLine(codePoint)) {
+            out.append(document, begin, position - begin);
+            continue;
+        }
+        char escaped[8];
+        std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned int>(codePoint & 0xffffu));
+        out += escaped;
+    }
+    return out;
+}
+
+}  // namespace
 
 Json::Json(Document document) : _document(std::make_unique<Document>(std::move(document))) {}
 
@@ -59,7 +86,7 @@ Json& Json::add(const Json& item) {
 }
 
 std::string Json::line() const {
-    return _document->dump(-1, ' ', false, Document::error_handler_t::replace) + "\n";
+    return withEscapes(_document->dump(-1, ' ', false, Document::error_handler_t::replace)) + "\n";
 }
 
 }  // namespace tool

@@ -37,7 +37,7 @@ public:
     Json& add(const char* name, const Json& value);
     Json& add(const Json& item);
 
-    // The document on a line of its own.
+    // The document on a line of its own, in characters that are fit for one.
     std::string line() const;
 
 private:

@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include "address_apply.h"
 #include "apply_context.h"
 #include "list_store_reader.h"
@@ -9,16 +11,24 @@ namespace tool {
 
 namespace {
 
-_ZxPolAddrListAttr recordOf(const NormalList& list) {
-    _ZxPolAddrListAttr attr{};
+// A list's attributes, wiped when they go: there may be a password among them.
+struct ListRecord : _ZxPolAddrListAttr {
+    ListRecord() : _ZxPolAddrListAttr{} {}
+    ListRecord(const ListRecord&) = default;
+    ListRecord& operator=(const ListRecord&) = delete;
+    ~ListRecord() { explicit_bzero(password, sizeof password); }
+};
+
+ListRecord recordOf(const NormalList& list) {
+    ListRecord attr;
     copyText(attr.displayName, list.displayName);
     copyText(attr.comment, list.comment);
     attr.type = ZXPOL_ADDRLIST_NORMAL;
     return attr;
 }
 
-_ZxPolAddrListAttr recordOf(const DirectoryList& list) {
-    _ZxPolAddrListAttr attr{};
+ListRecord recordOf(const DirectoryList& list) {
+    ListRecord attr;
     copyText(attr.displayName, list.displayName);
     copyText(attr.comment, list.comment);
     attr.type = ZXPOL_ADDRLIST_DIRECTORY;
@@ -28,7 +38,7 @@ _ZxPolAddrListAttr recordOf(const DirectoryList& list) {
     attr.authentication = list.authentication;
     attr.schematype = list.schematype;
     copyText(attr.username, list.username);
-    copyText(attr.password, list.password.value_or(""));
+    if (list.password) copyText(attr.password, *list.password);
     copyText(attr.filter, list.filter);
     return attr;
 }
@@ -105,7 +115,7 @@ private:
     }
 
     void make(const std::string& name, const AddressList& wanted) {
-        const _ZxPolAddrListAttr attr = std::visit([](const auto& list) { return recordOf(list); }, wanted);
+        const ListRecord attr = std::visit([](const auto& list) { return recordOf(list); }, wanted);
         int result = ZXPOL_S_OK;
         const ListHandle list(zxpol_createAddrList(_hive.get(), name.c_str(), &attr, &result));
         require(result, "cannot create " + listText(name));
@@ -138,7 +148,7 @@ private:
         if (details.empty()) return details;
         int result = ZXPOL_S_OK;
         const ListHandle list(zxpol_openAddrList(_hive.get(), name.c_str(), &result));
-        const _ZxPolAddrListAttr attr = recordOf(wanted);
+        const ListRecord attr = recordOf(wanted);
         if (hasOtherAttributes) zxpol_setAddrListAttrib(list.get(), &attr, &result);
         require(result, "cannot change " + listText(name));
         changeAddresses(list, listText(name), changes);
@@ -153,7 +163,7 @@ private:
         if (details.empty()) return details;
         const KeyHandle key = openRawKey(_context.store.key(), "AddressList\\" + name);
         const std::string password = wanted.password ? "" : rawData(key.get(), "password", listText(name));
-        const _ZxPolAddrListAttr attr = recordOf(wanted);
+        const ListRecord attr = recordOf(wanted);
         int result = ZXPOL_S_OK;
         const ListHandle list(zxpol_openAddrList(_hive.get(), name.c_str(), &result));
         zxpol_setAddrListAttrib(list.get(), &attr, &result);

@@ -18,7 +18,7 @@ int runProgram(int argc, char** argv) {
         if (!std::cout) throw ToolError(kFailed, "cannot write to standard output: check the disk's free space");
         return status;
     } catch (const ToolError& failure) {
-        std::cerr << "zxpolicy: " << failure.what() << '\n';
+        std::cerr << "zxpolicy: " << oneLine(failure.what()) << '\n';
         return failure.status();
     } catch (const std::bad_alloc&) {
         std::cerr << "zxpolicy: there is not enough memory\n";

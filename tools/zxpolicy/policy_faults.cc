@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "pattern/cond_wildcard_pattern.h"
 #include "policy_check.h"
 #include "policy_limits.h"
 #include "text.h"
@@ -10,6 +11,14 @@
 namespace tool {
 
 namespace {
+
+// What is wrong with a side that other programs may have written; `fault` is what is wrong with it as a text. The
+// library refuses such a side in a file, and a file that says it could never be applied.
+std::string storedSideFault(const std::string& side, const std::string& fault) {
+    const bool isList = side.size() >= 3 && side.front() == '(' && side.back() == ')';
+    if (!fault.empty() || isList || ZxPolCondWildcardPattern::isPatternValid(side.c_str())) return fault;
+    return "is no address, no pattern such as *@example.com and no (LIST)";
+}
 
 class FaultFinder {
 public:
@@ -60,9 +69,9 @@ private:
         if (depth > kMaxRuleDepth) return add(where, "lies deeper than a policy file can say");
         for (const Condition& condition : rule.conditions) {
             add(where + ": the sender " + inQuotes(condition.sender) + " of a condition",
-                senderFault(condition.sender));
+                storedSideFault(condition.sender, senderFault(condition.sender)));
             add(where + ": the receiver " + inQuotes(condition.receiver) + " of a condition",
-                receiverFault(condition.receiver));
+                storedSideFault(condition.receiver, receiverFault(condition.receiver)));
         }
         Names marks;
         for (const InactiveMark& mark : rule.inactive) {

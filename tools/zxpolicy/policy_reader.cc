@@ -65,10 +65,16 @@ std::string readFile(const std::string& path) {
     std::unique_ptr<std::FILE, decltype(close)> opened(isInput ? nullptr : std::fopen(path.c_str(), "rbe"), close);
     std::FILE* file = isInput ? stdin : opened.get();
     if (file == nullptr) throw UsageError("cannot open " + inQuotes(path, 4096) + ": " + std::strerror(errno));
+    // The file may have passwords in it, which a buffer of the C library or one here would keep.
+    std::setvbuf(file, nullptr, _IONBF, 0);
+    constexpr size_t kPiece = 65536;
     std::string text;
-    char buffer[65536];
-    for (size_t count = 0; (count = std::fread(buffer, 1, sizeof buffer, file)) > 0;)
-        text.append(buffer, count);
+    size_t size = 0;
+    for (size_t count = 1; count > 0; size += count) {
+        text.resize(size + kPiece);
+        count = std::fread(text.data() + size, 1, kPiece, file);
+    }
+    text.resize(size);
     if (std::ferror(file) != 0) throw UsageError("cannot read " + inQuotes(path, 4096) + ": " + std::strerror(errno));
     return text;
 }

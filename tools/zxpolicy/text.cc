@@ -15,10 +15,6 @@ size_t sequenceLength(unsigned char first, uint32_t& bits) {
     return 0;
 }
 
-bool isControl(uint32_t codePoint) {
-    return codePoint < 0x20 || (codePoint >= 0x7f && codePoint < 0xa0) || codePoint == 0x2028 || codePoint == 0x2029;
-}
-
 void appendHex(std::string& out, unsigned char byte) {
     char text[8];
     std::snprintf(text, sizeof text, "\\x%02X", byte);
@@ -51,6 +47,15 @@ bool nextCodePoint(std::string_view text, size_t& position, uint32_t& codePoint)
     return true;
 }
 
+bool isFitForLine(uint32_t codePoint) {
+    const bool isControl = codePoint < 0x20 || (codePoint >= 0x7f && codePoint < 0xa0);
+    const bool isSeparator = codePoint == 0x2028 || codePoint == 0x2029;
+    const bool isDirection = codePoint == 0x061c || codePoint == 0x200e || codePoint == 0x200f ||
+                             (codePoint >= 0x202a && codePoint <= 0x202e) ||
+                             (codePoint >= 0x2066 && codePoint <= 0x2069);
+    return !isControl && !isSeparator && !isDirection;
+}
+
 bool isUtf8(std::string_view text) {
     uint32_t codePoint = 0;
     size_t position = 0;
@@ -75,7 +80,7 @@ std::string oneLine(std::string_view text) {
         const bool isWhole = nextCodePoint(text, position, codePoint);
         if (!isWhole) ++position;
         const std::string_view bytes = text.substr(begin, position - begin);
-        if (isWhole && !isControl(codePoint))
+        if (isWhole && isFitForLine(codePoint))
             out += bytes;
         else
             for (char c : bytes)

@@ -17,13 +17,17 @@ bool nextCodePoint(std::string_view text, size_t& position, uint32_t& codePoint)
 
 bool isUtf8(std::string_view text);
 
+// Whether a character stays in its line, steers no terminal and leaves the order of its neighbours alone: no control
+// character, separator of lines or paragraphs, or mark of writing direction.
+bool isFitForLine(uint32_t codePoint);
+
 // The number of columns that a terminal shows for the text: one per code point.
 size_t displayWidth(std::string_view text);
 
-// The text with control characters as \xHH, so that it stays one line and steers no terminal.
+// The text as it may stand in a line of output: what is not fit for one, and bytes that are no UTF-8, as \xHH.
 std::string oneLine(std::string_view text);
 
-// The text in double quotes with control characters, quotes and backslashes escaped, cut to about `most` characters.
+// The same in double quotes, with quotes and backslashes escaped, cut to about `most` characters.
 std::string inQuotes(std::string_view text, size_t most = 60);
 
 // A number with commas between thousands.

@@ -40,8 +40,7 @@ bool isPlainText(std::string_view text) {
 }
 
 bool needsEscape(uint32_t codePoint) {
-    return codePoint < 0x20 || (codePoint >= 0x7f && codePoint < 0xa0) || codePoint == 0x2028 || codePoint == 0x2029 ||
-           codePoint == 0xfeff || (codePoint & 0xfffeu) == 0xfffeu;
+    return !isFitForLine(codePoint) || codePoint == 0xfeff || (codePoint & 0xfffeu) == 0xfffeu;
 }
 
 std::string escape(uint32_t codePoint) {
