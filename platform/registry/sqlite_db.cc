@@ -115,12 +115,20 @@ bool Database::tryBeginImmediate() {
     return true;
 }
 
+void Database::prepareRollback() {
+    sqlite3_stmt* statement = nullptr;
+    check(sqlite3_prepare_v3(get(), "ROLLBACK", -1, SQLITE_PREPARE_PERSISTENT, &statement, nullptr));
+    _rollback.reset(statement);
+}
+
 void Database::rollback() noexcept {
-    if (sqlite3_get_autocommit(get()) == 0) sqlite3_exec(get(), "ROLLBACK", nullptr, nullptr, nullptr);
+    if (sqlite3_get_autocommit(get()) != 0) return;
+    sqlite3_step(_rollback.get());
+    sqlite3_reset(_rollback.get());
 }
 
 void Database::fail(int result) const {
-    if ((result & 0xff) == SQLITE_NOMEM) throw std::bad_alloc();
+    if ((result & 0xff) == SQLITE_NOMEM || result == SQLITE_IOERR_NOMEM) throw std::bad_alloc();
     const int code = codeOf(result, sqlite3_system_errno(get()));
     throw Failure(code, _path + ": " + sqlite3_errmsg(get()) + ".");
 }

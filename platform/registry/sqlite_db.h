@@ -67,7 +67,9 @@ public:
     uint64_t pragma(const char* sql);
     // Opens a transaction for writing; false, at once, while another process has one.
     bool tryBeginImmediate();
-    // Ends any transaction that is still open.
+    // To be called when all settings are made, as a later one would have to be followed by preparing again.
+    void prepareRollback();
+    // Ends any transaction that is still open. Takes no memory: it is called when there is none.
     void rollback() noexcept;
 
     // Throws the Failure that the result stands for.
@@ -80,8 +82,12 @@ private:
     struct Closer {
         void operator()(sqlite3* database) const noexcept { sqlite3_close_v2(database); }
     };
+    struct Finalizer {
+        void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
+    };
     std::string _path;
     std::unique_ptr<sqlite3, Closer> _database;
+    std::unique_ptr<sqlite3_stmt, Finalizer> _rollback;
 };
 
 // A transaction that sees one state of the database and is rolled back when left.

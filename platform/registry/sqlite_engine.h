@@ -32,6 +32,7 @@ private:
     std::optional<WalWatch::Header> lookAtHeader() const;
     void distrust(Tree& tree) noexcept;
 
+    void checkStructure();
     void addNode(const Node& node);
     void dropNode(const Node& node);
     void putValue(const Node& node, const Value& value);
@@ -58,6 +59,7 @@ private:
 
     Meta _meta;  // what the tree holds, or held when the transaction was opened
     bool _isInTransaction = false;
+    bool _isStructureSound = false;
     Meta _pending;  // what the transaction will leave
     Touched _touched;
 };

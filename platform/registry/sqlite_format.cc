@@ -90,6 +90,7 @@ void setModes(const std::string& path, Database& database) {
         }
     }
     database.execute("PRAGMA synchronous = FULL; PRAGMA cell_size_check = ON; PRAGMA cache_size = -1024");
+    database.prepareRollback();
 }
 
 }  // namespace

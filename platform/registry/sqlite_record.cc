@@ -5,6 +5,7 @@
 namespace zxreg {
 
 void SqliteEngine::record(const Change& change) {
+    checkStructure();
     switch (change.kind) {
         case Change::Kind::NodeAdded:
             addNode(*change.node);
@@ -20,6 +21,16 @@ void SqliteEngine::record(const Change& change) {
             if (change.before) _pending.totals.dropValue(_checksums.ofValue(change.node->id, *change.before));
             putValue(*change.node, *change.after);
     }
+}
+
+// Whatever is read has its checksums, but what is free is not read: a page that is in use and listed as free would be
+// written over. So the first change looks at the whole file.
+void SqliteEngine::checkStructure() {
+    if (_isStructureSound) return;
+    Statement statement(_database, "PRAGMA quick_check(1)");
+    Query query(statement);
+    if (!query.step() || query.bytesAt(0) != "ok") throwDamage("its pages");
+    _isStructureSound = true;
 }
 
 void SqliteEngine::addNode(const Node& node) {
