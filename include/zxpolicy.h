@@ -1076,8 +1076,8 @@ ZXPOL_API void zxpol_inactivateTask(_ZxPolComHandle* rule, const char* taskFullN
  * @param[in] taskFullName  the task's full name, at most 255 characters; letter case and one trailing backslash do not
  *                          matter
  * @param[in,out] error     the result
- * @return 1 when there is no mark, else 0. A failure of the store to open the marks or to read one is reported and
- *         answered with 1, one to enumerate them ends them without a word; every other failure is answered with 0
+ * @return 1 when there is no mark, else 0. A failure of the store to open the marks, to enumerate them or to read one
+ * is reported and answered with 1; every other failure is answered with 0
  * @retval ZXPOL_E_INVALID_ARG  null, empty or longer name
  * @retval store-not-found      the rule has no key "inactive", and so no marks
  */

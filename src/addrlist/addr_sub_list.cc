@@ -34,9 +34,10 @@ void ZxPolAddrSubList::_load(_ZxPolComHandle* key, int* error) {
     }
     constexpr size_t shortAddress = 20;
     _addresses.reserve(size / shortAddress);
-    // Whatever the store held, the last address ends within the buffer.
+    // Whatever the store held, the last address ends within the buffer. Behind an address that lacked its NUL there is
+    // nothing, which must not be looked at.
     _buffer[size] = '\0';
-    for (const char* at = _buffer; *at != '\0' && at < _buffer + size;) {
+    for (const char* at = _buffer; at < _buffer + size && *at != '\0';) {
         const auto length = static_cast<uint32_t>(std::strlen(at) + 1);
         _addresses.push_back(at);
         _imageLength += length;

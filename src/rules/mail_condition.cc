@@ -123,7 +123,8 @@ void ZxPolMailCondition::_cacheAllConditions(int* error) {
         _cacheOne(name, error);
         if (failed(*error)) return;
     }
-    if (isEnd(*error)) *error = ZXPOL_S_OK;
+    // Names that could not be read to their end are not all there are.
+    if (isEnd(*error)) *error = names.result();
 }
 
 // Reads the caches anew; a part of the conditions is never taken for all of them.
@@ -243,9 +244,14 @@ void ZxPolMailCondition::addCondition(const unsigned char** conditions, int* err
     });
 }
 
-// Writes a pair that is not there yet. When that cannot be told, the pair is passed over without a failure.
+// Writes a pair that is not there yet. When that cannot be told, the pair is passed over without a failure; so a look
+// that failed is repeated, lest a disturbance that is over by then costs a condition.
 void ZxPolMailCondition::_addPair(const _ZxPolAddrPairCond& given, const _ZxPolAddrPairCond& working, int* error) {
-    const int search = _find(working, kNoIndex, nullptr);
+    ZxPolMultiValue names(key, kConditionValue);
+    int search = _find(working, kNoIndex, nullptr);
+    if (failed(search) && !isEnd(search)) search = _find(working, kNoIndex, nullptr);
+    *error = names.result();
+    if (failed(*error)) return;
     if (succeeded(search)) {
         logExisting(given);
         return;
@@ -253,7 +259,7 @@ void ZxPolMailCondition::_addPair(const _ZxPolAddrPairCond& given, const _ZxPolA
     if (!isEnd(search)) return;
     char valueName[kNameSize];
     uint32_t size = sizeof valueName;
-    ZxPolMultiValue(key, kConditionValue).createValueName(valueName, &size, error);
+    names.createValueName(valueName, &size, error);
     if (succeeded(*error)) _write(valueName, working, error);
 }
 

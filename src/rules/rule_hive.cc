@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "rules/rule.h"
+#include "store/multi_value.h"
 #include "store/store_value.h"
 #include "store/update.h"
 #include "zxbase.h"
@@ -50,6 +51,13 @@ int readFirstCondition(ZxPolRule& rule) {
     uint32_t size = sizeof pair;
     rule.enumCondition(0, reinterpret_cast<unsigned char*>(&pair), &size, &result);
     return isUnusable(result) || result == ZXPOL_E_NOT_SUPPORTED ? ZXPOL_S_OK : result;
+}
+
+// Whether the rule at a key has no conditions. A failure to tell is no "yes".
+bool lacksConditions(_ZxPolComHandle* ruleKey, int* error) {
+    const ZxPolMultiValue names(ruleKey, "condition");
+    if (failed(names.result())) *error = names.result();
+    return succeeded(names.result()) && names.count() == 0;
 }
 
 // Turns the refusal of an operation that the rule does not support into a success, and tells whether it was one.
@@ -136,7 +144,7 @@ void ZxPolRuleHive::_fillRoot(int* error) {
         root._makeSubkeys();
     }
     *error = readFirstCondition(root);
-    if (isEnd(*error)) addDefaultCondition(root, error);
+    if (isEnd(*error) && lacksConditions(root._key.get(), error)) addDefaultCondition(root, error);
     if (!passUnsupported(error) && succeeded(*error)) *error = ZXPOL_S_OK;
 }
 

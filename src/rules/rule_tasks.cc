@@ -50,7 +50,8 @@ __attribute__((noinline)) bool findMark(_ZxPolComHandle* marks, const char* task
         if (areSameTask(text, taskFullName)) break;
     }
     const bool isFound = succeeded(*error);
-    if (isFound || isEnd(*error)) *error = ZXPOL_S_OK;
+    // Names that could not be read to their end are not all there are: the mark may be behind them.
+    if (isFound || isEnd(*error)) *error = isFound ? ZXPOL_S_OK : names.result();
     return isFound;
 }
 

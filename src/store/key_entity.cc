@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 #include "store/store_key.h"
 #include "store/store_value.h"
@@ -24,18 +25,30 @@ bool isNegative(uint32_t number) {
     return static_cast<int32_t>(number) < 0;
 }
 
-// Reads the names of all subkeys, up to the first failure, whatever it is; that failure is the result. Kept out of
-// the frame of its caller, which goes down the tree.
-__attribute__((noinline)) std::vector<std::string> subkeyNames(_ZxPolComHandle* key, int* error) {
+// Reads the names of all subkeys, up to the first failure, whatever it is.
+std::vector<std::string> subkeyNames(_ZxPolComHandle* key) {
     std::vector<std::string> found;
     char name[kNameSize];
     for (uint32_t index = 0;; ++index) {
+        int result = ZXPOL_S_OK;
         uint32_t size = sizeof name;
-        enumSubkey(key, index, name, &size, error);
-        if (failed(*error)) return found;
+        enumSubkey(key, index, name, &size, &result);
+        if (failed(result)) return found;
         found.emplace_back(name);
     }
 }
+
+// A key that is being deleted, with those of its subkeys that have not been tried yet, the next one last.
+struct DoomedKey {
+    DoomedKey(StoreKey opened, const std::string& ownName)
+        : key(std::move(opened)), name(ownName), below(subkeyNames(key.get())) {
+        std::reverse(below.begin(), below.end());
+    }
+
+    StoreKey key;
+    std::string name;
+    std::vector<std::string> below;
+};
 
 void writeOrder(_ZxPolComHandle* container, const char* name, uint32_t order, int* error) {
     StoreKey child = StoreKey::open(container, name, error);
@@ -243,14 +256,25 @@ void ZxPolKeyEntity::deleteChild(const char* name, int* error) {
 }
 
 void ZxPolKeyEntity::deleteSubkey(_ZxPolComHandle* parent, const char* name, int* error) {
-    StoreKey doomed = StoreKey::open(parent, name, error);
-    if (!doomed) return;
-    int ignored = ZXPOL_S_OK;
-    for (const std::string& below : subkeyNames(doomed.get(), &ignored)) {
-        deleteSubkey(doomed.get(), below.c_str(), &ignored);
+    StoreKey opened = StoreKey::open(parent, name, error);
+    if (!opened) return;
+    // The way down to the key in hand. On the heap, as trees may be deeper than a thread's stack allows.
+    std::vector<DoomedKey> way;
+    way.emplace_back(std::move(opened), name);
+    while (!way.empty()) {
+        DoomedKey& last = way.back();
+        if (!last.below.empty()) {
+            const std::string next = std::move(last.below.back());
+            last.below.pop_back();
+            if (StoreKey child = StoreKey::open(last.key.get(), next.c_str(), error)) {
+                way.emplace_back(std::move(child), next);
+            }
+            continue;
+        }
+        const std::string done = std::move(last.name);
+        way.pop_back();
+        deleteKey(way.empty() ? parent : way.back().key.get(), done.c_str(), error);
     }
-    doomed.close();
-    deleteKey(parent, name, error);
 }
 
 int ZxPolKeyEntity::rescanChildOrder() {

@@ -1,17 +1,9 @@
 // The address-list hive and directory lists.
-#include "fault/scenario.h"
+#include "fault/acts.h"
 
 namespace zxtest {
 
 namespace {
-
-Outcome openHive(World& world) {
-    Outcome outcome;
-    int error = ZXPOL_S_OK;
-    _ZxPolComHandle* hive = lib(zxpol_openAddrListHive, world.store, &error);
-    settle(outcome, hive, error, zxpol_closeAddrListHive);
-    return outcome;
-}
 
 Outcome create(World& world, const char* name) {
     Outcome outcome;
@@ -32,11 +24,7 @@ Outcome createExisting(World& world) {
 }
 
 Outcome open(World& world) {
-    Outcome outcome;
-    int error = ZXPOL_S_OK;
-    _ZxPolComHandle* list = lib(zxpol_openAddrList, world.listHive, "Far", &error);
-    settle(outcome, list, error, zxpol_closeAddrList);
-    return outcome;
+    return opening(zxpol_closeAddrList, zxpol_openAddrList, world.listHive, "Far");
 }
 
 Outcome enumerate(World& world) {
@@ -44,15 +32,11 @@ Outcome enumerate(World& world) {
 }
 
 Outcome remove(World& world) {
-    Outcome outcome;
-    lib(zxpol_deleteAddrList, world.listHive, "Far", &outcome.result);
-    return outcome;
+    return resultOf(zxpol_deleteAddrList, world.listHive, "Far");
 }
 
 Outcome refresh(World& world) {
-    Outcome outcome;
-    lib(zxpol_refreshLdapCache, world.listHive, &outcome.result);
-    return outcome;
+    return resultOf(zxpol_refreshLdapCache, world.listHive);
 }
 
 Outcome getAttrib(World& world) {
@@ -96,25 +80,19 @@ const std::vector<Scenario>& addressListScenarios() {
     // The version gate lets a store pass whose version cannot be written, and the results of reading and writing the
     // common attributes are not looked at.
     static const std::vector<Scenario> all = {
-        {"OpenAddrListHiveOfAnEmptyStore", Start::emptyStore, Retry::succeeds, openHive, {"setValue version"}},
-        {"OpenAddrListHive", Start::policy, Retry::succeeds, openHive, {}},
-        {"CreateAddrList", Start::policy, Retry::succeeds, createNew, {"setValue displayName", "setValue comment"}},
-        {"CreateAddrListThatExists",
-         Start::policy,
-         Retry::succeeds,
-         createExisting,
-         {"setValue displayName", "setValue comment"}},
-        {"OpenAddrList", Start::policy, Retry::succeeds, open, {}},
-        {"EnumAddrList", Start::policy, Retry::succeeds, enumerate, {}},
+        {"OpenAddrListHiveOfAnEmptyStore", Start::emptyStore, Retry::completes, openAddrListHive,
+         because("version", {"setValue version"})},
+        {"OpenAddrListHive", Start::policy, Retry::completes, openAddrListHive, {}},
+        {"CreateAddrList", Start::policy, Retry::completes, createNew, commonAttributes()},
+        {"CreateAddrListThatExists", Start::policy, Retry::completes, createExisting, commonAttributes()},
+        {"OpenAddrList", Start::policy, Retry::completes, open, {}},
+        {"EnumAddrList", Start::policy, Retry::completes, enumerate, {}},
         {"DeleteAddrList", Start::policy, Retry::mayNotFind, remove, {}},
-        {"RefreshLdapCache", Start::policy, Retry::succeeds, refresh, {}},
-        {"GetAddrListAttrib",
-         Start::policy,
-         Retry::succeeds,
-         getAttrib,
-         {"queryValue displayName", "queryValue comment"}},
-        {"SetAddrListAttrib", Start::policy, Retry::succeeds, setAttrib, {"setValue displayName", "setValue comment"}},
-        {"AddressFunctionsOfADirectoryList", Start::policy, Retry::succeeds, addressFunctions, {}},
+        {"RefreshLdapCache", Start::policy, Retry::completes, refresh, {}},
+        {"GetAddrListAttrib", Start::policy, Retry::completes, getAttrib,
+         because("common-attributes", {"queryValue displayName", "queryValue comment"})},
+        {"SetAddrListAttrib", Start::policy, Retry::completes, setAttrib, commonAttributes()},
+        {"AddressFunctionsOfADirectoryList", Start::policy, Retry::completes, addressFunctions, {}},
     };
     return all;
 }

@@ -1,39 +1,12 @@
 // The conditions of rules, with every mode of checking.
-#include "fault/scenario.h"
+#include "fault/acts.h"
 
 namespace zxtest {
 
 namespace {
 
-std::string sides(const unsigned char* record) {
-    const auto* pair = reinterpret_cast<const _ZxPolAddrPairCond*>(record);
-    return std::string(pair->sender) + "," + pair->receiver;
-}
-
-// Writes out and releases a list of conflicting conditions.
-void settleList(Outcome& outcome, _ZxPolErrorCond** list) {
-    if (list == nullptr) return;
-    for (_ZxPolErrorCond** entry = list; *entry != nullptr; ++entry) {
-        outcome.answer += std::string((*entry)->ruleName) + ":";
-        for (unsigned char** pair = (*entry)->conds; *pair != nullptr; ++pair)
-            outcome.answer += sides(*pair) + ";";
-        outcome.answer += "|";
-    }
-    int error = outcome.result;
-    zxpol_freeErrorConds(list, &error);
-}
-
 Outcome enumerate(World& world) {
-    Outcome outcome;
-    for (uint32_t index = 0;; ++index) {
-        _ZxPolAddrPairCond pair{};
-        uint32_t size = sizeof pair;
-        lib(zxpol_enumCondition, world.a, index, reinterpret_cast<unsigned char*>(&pair), &size, &outcome.result);
-        if (ZX_FAILURE(outcome.result) != 0) break;
-        outcome.answer += sides(bytesOf(pair)) + "|";
-    }
-    outcome.result = walkResult(outcome.result);
-    return outcome;
+    return enumerateConditions(world.a);
 }
 
 Outcome add(World& world) {
@@ -134,22 +107,22 @@ Outcome replaceAllChecked(World& world) {
 
 const std::vector<Scenario>& conditionScenarios() {
     static const std::vector<Scenario> all = {
-        {"EnumCondition", Start::policy, Retry::succeeds, enumerate, numberedNames()},
-        {"AddCondition", Start::policy, Retry::succeeds, add, unreadConditions()},
-        {"AddConditionThatExists", Start::policy, Retry::succeeds, addExisting, numberedNames()},
-        {"RemoveCondition", Start::policy, Retry::mayNotFind, remove, numberedNames()},
-        {"AddConditionsUnchecked", Start::policy, Retry::succeeds, addUnchecked, unreadConditions()},
-        {"AddConditionsChecked", Start::policy, Retry::succeeds, addChecked, unreadConditions()},
-        {"AddConditionsNotCovered", Start::policy, Retry::succeeds, addUncovered, {}},
-        {"RemoveConditionsUnchecked", Start::policy, Retry::mayNotFind, removeUnchecked, numberedNames()},
+        {"EnumCondition", Start::policy, Retry::completes, enumerate, {}},
+        {"AddCondition", Start::policy, Retry::completes, add, {}},
+        {"AddConditionThatExists", Start::policy, Retry::completes, addExisting, {}},
+        {"RemoveCondition", Start::policy, Retry::mayNotFind, remove, notFoundConditions()},
+        {"AddConditionsUnchecked", Start::policy, Retry::completes, addUnchecked, {}},
+        {"AddConditionsChecked", Start::policy, Retry::completes, addChecked, {}},
+        {"AddConditionsNotCovered", Start::policy, Retry::completes, addUncovered, {}},
+        {"RemoveConditionsUnchecked", Start::policy, Retry::mayNotFind, removeUnchecked, notFoundConditions()},
         {"RemoveConditionsWithCover", Start::policy, Retry::mayNotFind, removeWithCover,
-         numberedNames() + positionsOf({"B", "C"})},
-        {"UpdateConditionUnchecked", Start::policy, Retry::succeeds, updateOne, {}},
-        {"UpdateConditionWithCover", Start::policy, Retry::succeeds, updateOneChecked,
-         numberedNames() + positionsOf({"B", "C"})},
+         positionsOf({"B", "C"}) + notFoundConditions() + takenBack()},
+        {"UpdateConditionUnchecked", Start::policy, Retry::completes, updateOne, {}},
+        {"UpdateConditionWithCover", Start::policy, Retry::completes, updateOneChecked,
+         positionsOf({"B", "C"}) + notFoundConditions() + takenBack()},
         {"ReplaceConditionsUnchecked", Start::policy, Retry::succeeds, replaceAll, {}},
         {"ReplaceConditionsWithCover", Start::policy, Retry::succeeds, replaceAllChecked,
-         numberedNames() + positionsOf({"B", "C"})},
+         positionsOf({"B", "C"}) + notFoundConditions() + takenBack()},
     };
     return all;
 }

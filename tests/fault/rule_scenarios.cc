@@ -1,24 +1,12 @@
 // The rule hive and rules.
-#include "fault/scenario.h"
+#include "fault/acts.h"
 
 namespace zxtest {
 
 namespace {
 
-Outcome openHive(World& world) {
-    Outcome outcome;
-    int error = ZXPOL_S_OK;
-    _ZxPolComHandle* hive = lib(zxpol_openRuleHive, world.store, 0, &error);
-    settle(outcome, hive, error, zxpol_closeRuleHive);
-    return outcome;
-}
-
 Outcome openHiveOfOtherType(World& world) {
-    Outcome outcome;
-    int error = ZXPOL_S_OK;
-    _ZxPolComHandle* hive = lib(zxpol_openRuleHive, world.store, 1, &error);
-    settle(outcome, hive, error, zxpol_closeRuleHive);
-    return outcome;
+    return opening(zxpol_closeRuleHive, zxpol_openRuleHive, world.store, 1);
 }
 
 Outcome getVersion(World& world) {
@@ -28,31 +16,19 @@ Outcome getVersion(World& world) {
 }
 
 Outcome openRoot(World& world) {
-    Outcome outcome;
-    int error = ZXPOL_S_OK;
-    _ZxPolComHandle* rule = lib(zxpol_openRootRule, world.ruleHive, &error);
-    settle(outcome, rule, error, zxpol_closeRule);
-    return outcome;
+    return opening(zxpol_closeRule, zxpol_openRootRule, world.ruleHive);
 }
 
 Outcome openByFullName(World& world) {
-    Outcome outcome;
-    int error = ZXPOL_S_OK;
-    _ZxPolComHandle* rule = lib(zxpol_openRuleByFullName, world.ruleHive, "\\A\\B\\", &error);
-    settle(outcome, rule, error, zxpol_closeRule);
-    return outcome;
+    return opening(zxpol_closeRule, zxpol_openRuleByFullName, world.ruleHive, "\\A\\B\\");
 }
 
 Outcome setExclusive(World& world) {
-    Outcome outcome;
-    lib(zxpol_setExclusiveFilterType, world.ruleHive, 40u, ZXPOL_FILTER_DESC_EXCLUSIVE, &outcome.result);
-    return outcome;
+    return resultOf(zxpol_setExclusiveFilterType, world.ruleHive, 40u, ZXPOL_FILTER_DESC_EXCLUSIVE);
 }
 
 Outcome removeExclusive(World& world) {
-    Outcome outcome;
-    lib(zxpol_removeExclusiveFilterType, world.ruleHive, 26u, &outcome.result);
-    return outcome;
+    return resultOf(zxpol_removeExclusiveFilterType, world.ruleHive, 26u);
 }
 
 Outcome enumExclusive(World& world) {
@@ -68,41 +44,24 @@ Outcome enumExclusive(World& world) {
     return outcome;
 }
 
-Outcome create(World& world, const char* name, uint32_t order, const _ZxPolAddrPairCond& pair) {
-    Outcome outcome;
-    int error = ZXPOL_S_OK;
-    _ZxPolRuleAttr attr = ruleAttr(name, order);
-    CondList conditions{pair};
-    _ZxPolComHandle* rule = lib(zxpol_createRule, world.root, name, &attr, conditions.get(), &error);
-    settle(outcome, rule, error, zxpol_closeRule);
-    if (ZX_SUCCESS(error) != 0) outcome.answer += " at " + std::to_string(attr.order);
-    return outcome;
-}
-
 Outcome createLast(World& world) {
-    return create(world, "New", 0, pairOf("*@new.example", "*"));
+    return createRule(world.root, "New", 0, {pairOf("*@new.example", "*")});
 }
 
 Outcome createFirst(World& world) {
-    return create(world, "New", 1, pairOf("*@new.example", "*"));
+    return createRule(world.root, "New", 1, {pairOf("*@new.example", "*")});
 }
 
 Outcome createExisting(World& world) {
-    return create(world, "D", 1, pairOf("*@d.example", "*"));
+    return createRule(world.root, "D", 1, {pairOf("*@d.example", "*")});
 }
 
 Outcome open(World& world) {
-    Outcome outcome;
-    int error = ZXPOL_S_OK;
-    _ZxPolComHandle* rule = lib(zxpol_openRule, world.a, "B", &error);
-    settle(outcome, rule, error, zxpol_closeRule);
-    return outcome;
+    return opening(zxpol_closeRule, zxpol_openRule, world.a, "B");
 }
 
 Outcome remove(World& world) {
-    Outcome outcome;
-    lib(zxpol_deleteRule, world.root, "A", &outcome.result);
-    return outcome;
+    return resultOf(zxpol_deleteRule, world.root, "A");
 }
 
 Outcome enumerate(World& world) {
@@ -126,46 +85,44 @@ Outcome setAttrib(World& world) {
 }
 
 Outcome moveUp(World& world) {
-    Outcome outcome;
-    lib(zxpol_setRuleOrder, world.root, "E", 1u, &outcome.result);
-    return outcome;
+    return resultOf(zxpol_setRuleOrder, world.root, "E", 1u);
 }
 
 Outcome moveDown(World& world) {
-    Outcome outcome;
-    lib(zxpol_setRuleOrder, world.root, "A", 99u, &outcome.result);
-    return outcome;
+    return resultOf(zxpol_setRuleOrder, world.root, "A", 99u);
 }
 
 // A missing version is stamped and an unreadable one replaced; neither is reported.
-const Sites kVersion = {"queryValue version", "setValue version", "beginUpdate", "endUpdate"};
+const Sites kVersion = because("version", {"setValue version"});
 
 }  // namespace
 
 const std::vector<Scenario>& ruleScenarios() {
     static const std::vector<Scenario> all = {
-        {"OpenRuleHiveOfAnEmptyStore", Start::emptyStore, Retry::succeeds, openHive,
-         kVersion + keysOfANewRule() + Sites{"queryValue matchType"}},
-        {"OpenRuleHive", Start::policy, Retry::succeeds, openHive, {}},
-        {"OpenRuleHiveOfAnotherType", Start::emptyStore, Retry::succeeds, openHiveOfOtherType, kVersion},
-        {"GetVersionOfAnEmptyStore", Start::emptyStore, Retry::succeeds, getVersion, kVersion},
-        {"GetVersion", Start::policy, Retry::succeeds, getVersion, kVersion},
-        {"OpenRootRule", Start::policy, Retry::succeeds, openRoot, {}},
-        {"OpenRuleByFullName", Start::policy, Retry::succeeds, openByFullName, {}},
-        {"SetExclusiveFilterType", Start::policy, Retry::succeeds, setExclusive, {}},
+        {"OpenRuleHiveOfAnEmptyStore", Start::emptyStore, Retry::succeeds, openRuleHive,
+         kVersion + keysOfANewRule() + because("attribute-unread", {"queryValue matchType"})},
+        {"OpenRuleHive", Start::policy, Retry::completes, openRuleHive, {}},
+        {"OpenRuleHiveOfAnotherType", Start::emptyStore, Retry::completes, openHiveOfOtherType, kVersion},
+        {"GetVersionOfAnEmptyStore", Start::emptyStore, Retry::completes, getVersion, kVersion},
+        {"GetVersion", Start::policy, Retry::completes, getVersion, {}},
+        {"OpenRootRule", Start::policy, Retry::completes, openRoot, {}},
+        {"OpenRuleByFullName", Start::policy, Retry::completes, openByFullName, {}},
+        {"SetExclusiveFilterType", Start::policy, Retry::completes, setExclusive, {}},
         {"RemoveExclusiveFilterType", Start::policy, Retry::mayNotFind, removeExclusive, {}},
-        {"EnumExclusiveFilterType", Start::policy, Retry::succeeds, enumExclusive, {}},
+        {"EnumExclusiveFilterType", Start::policy, Retry::completes, enumExclusive, {}},
         {"CreateRuleAsLast", Start::policy, Retry::succeeds, createLast,
          positionsOf({"A", "D", "E"}) + keysOfANewRule()},
         {"CreateRuleAsFirst", Start::policy, Retry::succeeds, createFirst,
          positionsOf({"A", "D", "E"}) + keysOfANewRule()},
-        {"CreateRuleThatExists", Start::policy, Retry::succeeds, createExisting,
-         positionsOf({"A", "D", "E"}) + unreadConditions()},
-        {"OpenRule", Start::policy, Retry::succeeds, open, {}},
-        {"DeleteRule", Start::policy, Retry::mayNotFind, remove, positionsOf({"A", "D", "E"})},
-        {"EnumRule", Start::policy, Retry::succeeds, enumerate, positionsOf({"A", "D", "E"})},
-        {"GetRuleAttrib", Start::policy, Retry::succeeds, getAttrib, {"queryValue displayName", "queryValue order"}},
-        {"SetRuleAttrib", Start::policy, Retry::succeeds, setAttrib, {}},
+        {"CreateRuleThatExists", Start::policy, Retry::succeeds, createExisting, because("position", {"openKey D"})},
+        {"OpenRule", Start::policy, Retry::completes, open, {}},
+        {"DeleteRule", Start::policy, Retry::mayNotFind, remove,
+         positionsOf({"D", "E"}) +
+             deletionOf({"B", "C", "rules", "tasks", "inactive", "t", "u", "v", "deep", "setting", "Classification"})},
+        {"EnumRule", Start::policy, Retry::completes, enumerate, positionsOf({"A", "D", "E"})},
+        {"GetRuleAttrib", Start::policy, Retry::completes, getAttrib,
+         because("attribute-unread", {"queryValue displayName", "queryValue order"})},
+        {"SetRuleAttrib", Start::policy, Retry::completes, setAttrib, {}},
         {"SetRuleOrderUpwards", Start::policy, Retry::succeeds, moveUp, positionsOf({"A", "D", "E"})},
         {"SetRuleOrderDownwards", Start::policy, Retry::succeeds, moveDown, positionsOf({"A", "D", "E"})},
     };

@@ -1,53 +1,60 @@
 #include "fault/scenario.h"
 
+#include <stdexcept>
+
 namespace zxtest {
 
 namespace {
 
-void append(std::vector<Scenario>& all, const std::vector<Scenario>& some) {
+void append(Scenarios& all, const Scenarios& some) {
     all.insert(all.end(), some.begin(), some.end());
 }
 
 }  // namespace
 
-std::vector<Scenario> allScenarios() {
-    std::vector<Scenario> all;
+Scenarios allScenarios() {
+    Scenarios all;
     append(all, ruleScenarios());
+    append(all, ruleStateScenarios());
     append(all, conditionScenarios());
+    append(all, conditionStateScenarios());
     append(all, taskScenarios());
+    append(all, taskStateScenarios());
     append(all, matchScenarios());
     append(all, addressListScenarios());
     append(all, normalListScenarios());
+    append(all, listStateScenarios());
     append(all, classificationScenarios());
+    append(all, classificationStateScenarios());
     return all;
 }
 
-Sites positionsOf(const Sites& children) {
-    Sites sites{"queryValue order"};
-    for (const std::string& child : children)
-        sites.push_back("openKey " + child);
-    return sites;
+namespace {
+
+// Calls change(key, error) with an open key; whoever prepares a state must not fail.
+template <class Change>
+void inKey(World& world, const char* path, Change change) {
+    int error = ZXREG_S_OK;
+    _ZxPolComHandle* key = zxreg_openKey(world.store, path, &error);
+    if (error >= 0) change(key, &error);
+    if (error < 0) throw std::runtime_error(std::string("the state cannot be made: ") + path);
+    zxreg_closeKey(key, &error);
 }
 
-Sites numberedNames() {
-    return {"enumValue "};
+}  // namespace
+
+void deleteStoredValue(World& world, const char* key, const char* name) {
+    inKey(world, key, [&](_ZxPolComHandle* at, int* error) { zxreg_deleteValue(at, name, error); });
 }
 
-Sites keysOfANewRule() {
-    return {"createKey rules", "createKey inactive", "createKey tasks"};
+void setStoredNumber(World& world, const char* key, const char* name, uint32_t number) {
+    inKey(world, key, [&](_ZxPolComHandle* at, int* error) {
+        zxreg_setValue(at, name, ZXREG_NUMBER, &number, sizeof number, error);
+    });
 }
 
-Sites keysOfANewTask() {
-    return {"createKey Classification", "createKey setting"};
-}
-
-Sites unreadConditions() {
-    return numberedNames() + Sites{"queryValue condition*"};
-}
-
-Sites operator+(Sites some, const Sites& others) {
-    some.insert(some.end(), others.begin(), others.end());
-    return some;
+void deleteStoredKey(World& world, const char* key, const char* name) {
+    inKey(world, key, [&](_ZxPolComHandle* at, int* error) { zxreg_deleteKey(at, name, error); });
 }
 
 void settle(Outcome& outcome, _ZxPolComHandle* handle, int error, void (*close)(_ZxPolComHandle*, int*)) {
@@ -67,7 +74,7 @@ int walkResult(int error) {
 Outcome walkNames(_ZxPolComHandle* handle, void (*enumerate)(_ZxPolComHandle*, uint32_t, char*, uint32_t*, int*)) {
     Outcome outcome;
     for (uint32_t index = 0;; ++index) {
-        char name[ZXPOL_NAME_SIZE];
+        char name[ZXPOL_ADDRESS_SIZE];
         uint32_t size = sizeof name;
         lib(enumerate, handle, index, name, &size, &outcome.result);
         if (ZX_FAILURE(outcome.result) != 0) break;

@@ -178,7 +178,8 @@ std::map<std::string, std::vector<std::string>> storedLists(_ZxPolComHandle* sto
             }
             std::vector<std::string>& addresses = found[list.name];
             for (const auto& image : images) {
-                for (size_t at = 0; image.second.c_str()[at] != '\0'; at += addresses.back().size() + 1)
+                for (size_t at = 0; at < image.second.size() && image.second[at] != '\0';
+                     at += addresses.back().size() + 1)
                     addresses.emplace_back(image.second.c_str() + at);
             }
         }

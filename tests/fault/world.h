@@ -55,6 +55,9 @@ public:
     // What the store holds now, below its root.
     std::string content() const { return describe(readStore(store)); }
 
+    // Whether there are normal lists in it.
+    bool hasNormalLists() const { return ruleHive != nullptr && task == nullptr; }
+
     // What is wrong with the normal lists: one whose addresses are not the stored ones; else empty.
     std::string listTrouble() const;
 

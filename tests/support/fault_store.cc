@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <map>
 #include <mutex>
+#include <utility>
 
 #include "zxpolicy.h"
 
@@ -27,6 +28,7 @@ struct Books {
     uint64_t calls = 0;
     bool failed = false;
     std::string failedCall;
+    std::function<void(uint64_t)> watcher;
 };
 
 // Never destroyed: keys may be closed while the process ends.
@@ -39,6 +41,7 @@ thread_local int countingDepth = 0;
 thread_local int storeDepth = 0;
 thread_local int booksDepth = 0;
 thread_local int updateDepth = 0;
+thread_local bool isWatching = false;
 
 constexpr const char* kOpNames[] = {"any",         "openKey",   "createKey",    "closeKey",   "deleteKey",
                                     "queryValue",  "setValue",  "deleteValue",  "enumSubkey", "enumValue",
@@ -79,7 +82,7 @@ bool enter(StoreOp op, _ZxPolComHandle* key, const char* name, int* error) {
         all.violations.push_back(std::string(nameOf(op)) + " " + text + ": the key is not open");
     }
     if (error == nullptr) all.violations.push_back(std::string(nameOf(op)) + " " + text + ": null result");
-    if (countingDepth == 0) return false;
+    if (countingDepth == 0 || isWatching) return false;
     ++all.calls;
     if (all.plan.call == 0 || (all.plan.op != StoreOp::any && all.plan.op != op)) return false;
     if (++all.planCalls != all.plan.call) return false;
@@ -87,6 +90,15 @@ bool enter(StoreOp op, _ZxPolComHandle* key, const char* name, int* error) {
     all.failedCall = std::string(nameOf(op)) + " " + text;
     if (error != nullptr) *error = all.plan.code;
     return true;
+}
+
+// Tells the watcher of a counted call that wrote.
+void noteWrite() {
+    if (storeDepth > 0 || countingDepth == 0 || isWatching || !books().watcher) return;
+    const InBooks bookkeeping;
+    isWatching = true;
+    books().watcher(countedStoreCalls());
+    isWatching = false;
 }
 
 _ZxPolComHandle* noteOpened(_ZxPolComHandle* handle, const char* name) {
@@ -176,6 +188,10 @@ uint64_t countedStoreCalls() {
     return all.calls;
 }
 
+void watchStore(std::function<void(uint64_t call)> watcher) {
+    books().watcher = std::move(watcher);
+}
+
 CountedCalls::CountedCalls() {
     ++countingDepth;
 }
@@ -227,7 +243,9 @@ _ZxPolComHandle* zxreg_createKey(_ZxPolComHandle* key, const char* name, int* er
         InStore inside;
         handle = forward(key, name, error);
     }
-    return noteOpened(handle, name);
+    noteOpened(handle, name);
+    noteWrite();
+    return handle;
 }
 
 void zxreg_closeKey(_ZxPolComHandle* key, int* error) {
@@ -242,8 +260,11 @@ void zxreg_closeKey(_ZxPolComHandle* key, int* error) {
 void zxreg_deleteKey(_ZxPolComHandle* key, const char* name, int* error) {
     ZX_REAL(zxreg_deleteKey);
     if (enter(StoreOp::deleteKey, key, name, error)) return;
-    InStore inside;
-    forward(key, name, error);
+    {
+        InStore inside;
+        forward(key, name, error);
+    }
+    noteWrite();
 }
 
 void zxreg_queryValue(_ZxPolComHandle* key, const char* name, uint32_t* type, void* data, uint32_t* size, int* error) {
@@ -257,15 +278,21 @@ void zxreg_setValue(_ZxPolComHandle* key, const char* name, uint32_t type, const
                     int* error) {
     ZX_REAL(zxreg_setValue);
     if (enter(StoreOp::setValue, key, name, error)) return;
-    InStore inside;
-    forward(key, name, type, data, size, error);
+    {
+        InStore inside;
+        forward(key, name, type, data, size, error);
+    }
+    noteWrite();
 }
 
 void zxreg_deleteValue(_ZxPolComHandle* key, const char* name, int* error) {
     ZX_REAL(zxreg_deleteValue);
     if (enter(StoreOp::deleteValue, key, name, error)) return;
-    InStore inside;
-    forward(key, name, error);
+    {
+        InStore inside;
+        forward(key, name, error);
+    }
+    noteWrite();
 }
 
 void zxreg_enumSubkey(_ZxPolComHandle* key, uint32_t index, char* name, uint32_t* size, int* error) {

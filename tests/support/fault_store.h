@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -54,6 +55,10 @@ std::string failedStoreCall();
 
 // Calls counted since the last plan (or its removal).
 uint64_t countedStoreCalls();
+
+// Has `watcher` called after each counted call that writes, with that call's number; null: nobody. It may use the
+// store: what it calls itself is not counted.
+void watchStore(std::function<void(uint64_t call)> watcher);
 
 // As long as one of these lives, the calls of its thread are counted, and the planned one fails.
 class CountedCalls {

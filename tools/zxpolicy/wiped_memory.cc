@@ -16,6 +16,15 @@ void* operator new(std::size_t size) {
     }
 }
 
+// Else the one of a sanitizer would be taken, whose memory must not come to the delete below.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void operator delete(void* memory) noexcept {
     if (memory == nullptr) return;
     explicit_bzero(memory, malloc_usable_size(memory));
