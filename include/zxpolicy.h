@@ -212,7 +212,9 @@ extern "C" {
  *
  * A match as a whole fails with the store's result when a rule that was found has no readable comment or match type,
  * when a task on its path that is looked at has no key "setting", and, in first match, when a rule that is visited
- * has no key "rules".
+ * has no key "rules". It is of one state of the store, before or after a change that others make meanwhile: where it
+ * cannot be, as another thread or process has been changing the policy for longer than the store waits, or where the
+ * store cannot tell, the match fails with the store's result.
  *
  * The tasks of a match are those of all rules from the root down to the matched one that are on and active, the
  * root's first; an exclusive filter type lets one of its tasks through. A task whose flags cannot be read is on and
@@ -846,7 +848,7 @@ ZXPOL_API void zxpol_enumCondition(_ZxPolComHandle* rule, uint32_t index, unsign
 
 /**
  * Adds one condition, without looking at other rules. One that is there already (case ignored) is no error. When the
- * present conditions cannot be read nothing is added, and the call succeeds.
+ * present conditions cannot be read, twice in a row, nothing is added, and the call succeeds.
  *
  * @param[in] rule       an open rule
  * @param[in] pair       the address of a _ZxPolAddrPairCond
@@ -1661,6 +1663,7 @@ ZXPOL_API void zxpol_setActionAttrib(_ZxPolComHandle* action, const _ZxPolAction
  * @retval ZXPOL_E_VERSION           the store holds a policy of a later major version; 0
  * @retval ZXPOL_E_BUFFER_TOO_SMALL  `*size` is too small; the answer is 1 all the same, and nothing is copied
  * @retval store-not-found           there is no root rule; 0
+ * @retval store-code                the store is being changed by others for too long, as for a match; 0
  */
 ZXPOL_API int zxpol_checkReferInRule(_ZxPolComHandle* key, ZxPolRefEntity entity, const char* name, char* path,
                                      uint32_t* size, int* error);

@@ -46,7 +46,8 @@ bool isOfGroup(const struct stat& status, const std::optional<gid_t>& group) {
     return group && status.st_gid == *group;
 }
 
-// Only root and members of a group can give a file to it: then any owner will do.
+// Only root and members of a group can give a file to it, and only they can make one in its folder: then any owner will
+// do.
 void checkOwner(const std::string& path, const struct stat& status, const std::optional<gid_t>& group) {
     const uid_t self = geteuid();
     if (status.st_uid == 0 || status.st_uid == self || isOfGroup(status, group)) return;
@@ -78,10 +79,11 @@ void checkDatabaseFile(const std::string& path, const struct stat& status, const
 // Who may write to a folder can take files away and put others there. A folder that its group may write to is left to
 // whoever made it so: on many machines every user has a group of their own, and folders are made like that. The sticky
 // bit keeps people from each other's files.
+// But in a folder that hands its group on to new files that group says nothing about who made them.
 void checkFolder(const std::string& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) throwFileFailure(path, "cannot be looked at", errno);
-    const bool isOpen = (status.st_mode & S_IWOTH) != 0 && (status.st_mode & S_ISVTX) == 0;
+    const bool isOpen = (status.st_mode & S_IWOTH) != 0 && ((status.st_mode & S_ISVTX) == 0 || sharingGroup());
     if (isOpen) refuse(path, "everybody may remove and replace the files in this folder (chmod o-w " + path + ")");
 }
 
@@ -141,6 +143,7 @@ OpeningWatch::~OpeningWatch() {
 void OpeningWatch::confirm() const {
     checkSurroundings(_path);
     ifThere(_path, [&](const std::string& path, const struct stat& status) {
+        if (S_ISLNK(status.st_mode)) checkKind(path, status);
         if (S_ISREG(status.st_mode)) checkDatabaseFile(path, status, sharingGroup());
     });
     struct stat held {};

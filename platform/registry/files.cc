@@ -59,8 +59,8 @@ void syncFolderOf(const std::string& path) {
 
 NewFile::NewFile(const std::string& path) : _path(path), _folder(path + ".new-XXXXXX") {
     if (mkdtemp(_folder.data()) == nullptr) throwFileFailure(path, "cannot be created", errno);
-    _name = _folder + "/file";
     try {
+        _name = _folder + "/file";
         // The umask may have kept even the owner out.
         if (chmod(_folder.c_str(), 0700) != 0) throwFileFailure(path, "cannot be created", errno);
         _file = open(_name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);

@@ -9,6 +9,7 @@
 #include "addrlist/lock_guards.h"
 #include "addrlist/value_names.h"
 #include "pattern/priority.h"
+#include "store/one_state.h"
 #include "store/result.h"
 #include "store/store_value.h"
 #include "store/update.h"
@@ -68,8 +69,12 @@ void ZxPolNormalAddrList::_joinCache(int* error) {
     // Now it has to wait.
     Update update(_listKey(), error);
     if (!update || _tryToJoin(torn, error) || failed(*error)) return;
-    // In a store without updates nobody can be made to wait. What was read is for this object alone.
-    _cache = torn;
+    // Nobody could be made to wait. In a store without updates what was read is for this object alone; elsewhere, as in
+    // a file that may only be read, half of a list is none.
+    if (canUpdate())
+        *error = kStateIsChanging;
+    else
+        _cache = torn;
 }
 
 // False, with success, when the list has changed while it was read, into `torn`.

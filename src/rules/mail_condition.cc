@@ -123,8 +123,9 @@ void ZxPolMailCondition::_cacheAllConditions(int* error) {
         _cacheOne(name, error);
         if (failed(*error)) return;
     }
+    if (isEnd(*error)) *error = ZXPOL_S_OK;
     // Names that could not be read to their end are not all there are.
-    if (isEnd(*error)) *error = names.result();
+    endOfNames = failed(names.result()) ? names.result() : ZXPOL_E_NO_MORE_ITEMS;
 }
 
 // Reads the caches anew; a part of the conditions is never taken for all of them.
@@ -163,7 +164,7 @@ void ZxPolMailCondition::enumCondition(uint32_t index, unsigned char* record, ui
     if (index == 0 || cache.empty()) _refreshCache(error);
     if (failed(*error)) return;
     if (index >= cache.size()) {
-        *error = ZXPOL_E_NO_MORE_ITEMS;
+        *error = endOfNames;
         return;
     }
     const _CachedCondition& found = cache[index];
@@ -247,11 +248,8 @@ void ZxPolMailCondition::addCondition(const unsigned char** conditions, int* err
 // Writes a pair that is not there yet. When that cannot be told, the pair is passed over without a failure; so a look
 // that failed is repeated, lest a disturbance that is over by then costs a condition.
 void ZxPolMailCondition::_addPair(const _ZxPolAddrPairCond& given, const _ZxPolAddrPairCond& working, int* error) {
-    ZxPolMultiValue names(key, kConditionValue);
     int search = _find(working, kNoIndex, nullptr);
     if (failed(search) && !isEnd(search)) search = _find(working, kNoIndex, nullptr);
-    *error = names.result();
-    if (failed(*error)) return;
     if (succeeded(search)) {
         logExisting(given);
         return;
@@ -259,7 +257,7 @@ void ZxPolMailCondition::_addPair(const _ZxPolAddrPairCond& given, const _ZxPolA
     if (!isEnd(search)) return;
     char valueName[kNameSize];
     uint32_t size = sizeof valueName;
-    names.createValueName(valueName, &size, error);
+    ZxPolMultiValue(key, kConditionValue).createValueName(valueName, &size, error);
     if (succeeded(*error)) _write(valueName, working, error);
 }
 

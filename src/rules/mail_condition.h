@@ -23,8 +23,7 @@ public:
     /// Adds the pairs, trimmed. Pairs that are there already (case ignored) and invalid pairs are logged and
     /// passed over. ZXPOL_E_INVALID_ARG: null list. ZXPOL_E_INVALID_FORMAT: pairs were invalid, the others
     /// were written. A store failure on writing ends the operation; what was written stays. When the present
-    /// pairs cannot be read, twice in a row, the pair is passed over without a word; but not their names: that
-    /// failure is reported.
+    /// pairs cannot be read, twice in a row, the pair is passed over without a word.
     void addCondition(const unsigned char** conditions, int* error) override;
 
     /// Removes the pairs, compared as given, case ignored. ZXPOL_E_INVALID_ARG: null list. ZXPOL_E_NOT_FOUND: a
@@ -71,8 +70,8 @@ public:
     /// pattern matches the child's text.
     bool _checkAddrPairRelated(const _ZxPolAddrPairCond* parentPair, const _ZxPolAddrPairCond* childPair) const;
 
-    /// Reads all names and texts. ZXPOL_E_INVALID_FORMAT: a value is not of the string type. A failure to read the
-    /// names to their end is reported.
+    /// Reads all names and texts. ZXPOL_E_INVALID_FORMAT: a value is not of the string type. When the names cannot be
+    /// read to their end, an enumeration yields what was read and ends with that failure.
     void _cacheAllConditions(int* error);
 
 private:
@@ -94,4 +93,5 @@ private:
     void _forEachValid(const unsigned char** conditions, int* error, Operation operation);
 
     std::vector<_CachedCondition> cache;
+    int endOfNames = ZXPOL_E_NO_MORE_ITEMS;  // what an enumeration ends with: a failure if it is not all there is
 };

@@ -144,7 +144,10 @@ void ZxPolRuleHive::_fillRoot(int* error) {
         root._makeSubkeys();
     }
     *error = readFirstCondition(root);
-    if (isEnd(*error) && lacksConditions(root._key.get(), error)) addDefaultCondition(root, error);
+    if (isEnd(*error)) {
+        *error = ZXPOL_S_OK;
+        if (lacksConditions(root._key.get(), error)) addDefaultCondition(root, error);
+    }
     if (!passUnsupported(error) && succeeded(*error)) *error = ZXPOL_S_OK;
 }
 

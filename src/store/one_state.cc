@@ -1,6 +1,10 @@
 #include "store/one_state.h"
 
+#include "zxregistry.h"
+
 namespace zxpol {
+
+const int kStateIsChanging = ZXREG_E_BUSY;
 
 StampPair stampsOf(_ZxPolComHandle* first, _ZxPolComHandle* second, int* error) {
     StampPair stamps;

@@ -1,5 +1,6 @@
 #include "crash/damaged_store.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -26,6 +27,8 @@ void writeFile(const std::string& path, const std::string& bytes) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     EXPECT_TRUE(file.flush().good()) << path;
+    // Whatever the umask: a file that others may write to is not opened as a store.
+    EXPECT_EQ(chmod(path.c_str(), 0600), 0) << path;
 }
 
 void flipBit(std::string& bytes, size_t at, model::RandomSource& random) {

@@ -84,13 +84,27 @@ protected:
             EXPECT_EQ(zxtest::codeText(code), zxtest::codeText(ZXREG_E_OUT_OF_MEMORY)) << wanted.first;
             EXPECT_EQ(text() == before, true) << wanted.first;
             ++refused;
+        } else {
+            expectKept(before);
         }
-        EXPECT_GE(change(number), 0) << wanted.first << " the store is not usable any more";
+        EXPECT_GE(change(number + 1), 0) << wanted.first << " the store is not usable any more";
+        expectKept(before);
+        return hasFailed;
+    }
+
+    // The store has changed, and holds the same when it is opened again.
+    void expectKept(const std::string& before) {
         const std::string after = text();
         EXPECT_NE(after, before);
         EXPECT_GE(open(), 0);
         EXPECT_EQ(text() == after, true);
-        return hasFailed;
+    }
+
+    // Memory fails at one moment after the other, once or from then on, to behind the last one.
+    void tryMoments(bool isOnce) {
+        for (size_t moment = 1; changeWithout({0, moment, isOnce}, 2 * shortages) && !HasFailure(); ++shortages)
+            moment += zxtest::shortOrLong<size_t>(3, 1);
+        EXPECT_GT(refused, 5u);
     }
 
     // Opens the store while the memory fails as planned. False when there was enough for all of it.
@@ -112,24 +126,19 @@ protected:
     const crash::Folder folder;
     Handle root;
     size_t refused = 0;
+    size_t shortages = 0;
 };
 
 }  // namespace
 
 TEST_F(DatabaseMemory, ThatRunsOutOnceLeavesTheStoreUsable) {
-    size_t moment = 1;
-    while (changeWithout({0, moment, true}, moment) && !HasFailure())
-        moment += zxtest::shortOrLong<size_t>(3, 1);
-    EXPECT_GT(refused, 5u);
-    zxtest::figure("crash", "single shortages of memory", moment);
+    tryMoments(true);
+    zxtest::figure("crash", "single shortages of memory", shortages);
 }
 
 TEST_F(DatabaseMemory, ThatRunsOutAndStaysOutLeavesTheStoreUsable) {
-    size_t moment = 1;
-    while (changeWithout({0, moment, false}, moment) && !HasFailure())
-        moment += zxtest::shortOrLong<size_t>(3, 1);
-    EXPECT_GT(refused, 5u);
-    zxtest::figure("crash", "lasting shortages of memory", moment);
+    tryMoments(false);
+    zxtest::figure("crash", "lasting shortages of memory", shortages);
 }
 
 TEST_F(DatabaseMemory, ThatRunsOutWhileOpeningIsReported) {

@@ -6,6 +6,7 @@ usage: check_elf.py BUILD-FOLDER INSTALL-PREFIX UNPROTECTED-PROGRAM
 Installs the libraries and the tool from the build folder below the prefix and checks each file. The unprotected program
 lacks everything, and must be found out.
 """
+import json
 import pathlib
 import re
 import shutil
@@ -104,10 +105,25 @@ def check_unprotected(path):
     return [] if missed <= 0 else [f"{path}: {missed} faults were not found, only: " + "; ".join(found)]
 
 
+def check_flags(build):
+    """Which functions are guarded, and how far, does not show in a file; so all of the product is compiled alike."""
+    entries = json.loads((pathlib.Path(build) / "compile_commands.json").read_text())
+    # Some builders name an entry's output only in its command.
+    commands = {re.search(r" -o (\S+)", entry["command"])[1]: entry["command"] for entry in entries}
+    commands = {output: command for output, command in commands.items()
+                if re.match(r"(src|platform/base|platform/registry|tools)/", output)}
+    wrong = [output for output, command in commands.items()
+             if "-fstack-protector-strong" not in command or
+             re.findall(r"-[DU]_FORTIFY_SOURCE(?:=\d)?", command)[-1:] != ["-D_FORTIFY_SOURCE=3"]]
+    if not commands:
+        return ["it is not known how the product was compiled"]
+    return [f"{output} is compiled without -fstack-protector-strong or _FORTIFY_SOURCE=3" for output in wrong]
+
+
 def main():
     build, prefix, unprotected = sys.argv[1:]
     install(build, prefix)
-    faults = check_shipped(prefix) + check_unprotected(unprotected)
+    faults = check_flags(build) + check_shipped(prefix) + check_unprotected(unprotected)
     print(*faults, sep="\n")
     return 1 if faults else 0
 

@@ -15,6 +15,9 @@ namespace {
 
 const uint32_t kLevels = shortOrLong(1000u, 3000u);
 
+// The bytes of stack that a walk may take for each level.
+constexpr size_t kMostPerLevel = 400;
+
 // The stack that a thread has by default.
 constexpr size_t kStackSize = 8u << 20;
 
@@ -70,6 +73,9 @@ protected:
         const size_t used = stackUsedBy(body);
         std::cout << what << " over " << kLevels << " levels: " << used / 1024 << " KiB of stack\n";
         EXPECT_LT(used, kStackSize / 2) << what << " must leave room for its caller";
+#if !defined(__SANITIZE_ADDRESS__)
+        EXPECT_LT(used, 32768 + kLevels * kMostPerLevel) << what;
+#endif
     }
 };
 

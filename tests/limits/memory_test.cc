@@ -37,7 +37,7 @@ protected:
 
 TEST_P(Memory, OfARuleWithOneCondition) {
     constexpr uint32_t kCount = 300;
-    expectAtMost("bytes of a rule with one condition", 8192, kCount, [&] {
+    expectAtMost("bytes of a rule with one condition", 3072, kCount, [&] {
         inOneUpdate(kCount, [&](uint32_t index) { addRule("\\", numbered("rule", index), "*@sender.example", "*"); });
     });
 }

@@ -12,6 +12,11 @@ void check(int code, const char* what) {
     if (code < 0) throw Failure{what, code};
 }
 
+// Whether somebody else has deleted what a call is about.
+bool isGone(int code) {
+    return code == ZXREG_E_NOT_FOUND || code == ZXREG_E_DELETED;
+}
+
 const char* ruleOf(Policy policy) {
     return policy == Policy::byList ? "ByList" : "ByName";
 }
@@ -201,11 +206,14 @@ Addresses PolicyClient::childNames() const {
 std::string PolicyClient::firstCondition(const std::string& rule) const {
     int error = ZXPOL_S_OK;
     const Closing opened(zxpol_openRule(_root, rule.c_str(), &error), &zxpol_closeRule);
-    if (error < 0) return "";
+    if (isGone(error)) return "";
+    check(error, "opening a rule");
     _ZxPolAddrPairCond pair{};
     uint32_t size = sizeof pair;
     zxpol_enumCondition(opened.get(), 0, reinterpret_cast<unsigned char*>(&pair), &size, &error);
-    return error < 0 ? "" : std::string(pair.sender) + " " + pair.receiver;
+    if (isGone(error) || error == ZXPOL_E_NO_MORE_ITEMS) return "";
+    check(error, "reading a condition");
+    return std::string(pair.sender) + " " + pair.receiver;
 }
 
 Addresses answerUnder(Policy policy, size_t receivers) {
