@@ -28,7 +28,11 @@ constexpr Failure kFailures[] = {
 
 // A call of the interface with more store calls than this is not run with every failure at each of them, but in the
 // long form: then each store call fails in one or two ways, which go round.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr uint64_t kFewCalls = 0;
+#else
 constexpr uint64_t kFewCalls = 100;
+#endif
 constexpr uint64_t kShare = 3;
 
 bool startsWithOneOf(const std::string& call, std::initializer_list<const char*> operations) {
