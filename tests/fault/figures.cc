@@ -11,7 +11,7 @@ namespace {
 class PrintFigures : public testing::Environment {
 public:
     void TearDown() override {
-        figure("faults", "scenarios", figures().scenarios);
+        figure("faults", "scenarios run", figures().scenarios);
         figure("faults", "store calls failed", figures().storeCallsFailed);
         figure("faults", "allocations failed", figures().allocationsFailed);
     }
