@@ -9,22 +9,7 @@
 #include "zxregistry.h"
 
 namespace threads {
-namespace {
-
-void check(int code, const char* what) {
-    if (code < 0) throw Failure{what, code};
-}
-
-// An array as the interface takes it.
-std::vector<const char*> arrayOf(const Addresses& addresses) {
-    std::vector<const char*> texts;
-    for (const std::string& address : addresses)
-        texts.push_back(address.c_str());
-    texts.push_back(nullptr);
-    return texts;
-}
-
-}  // namespace
+namespace {}  // namespace
 
 ListClient::ListClient(const std::string& location, const std::string& list) : _name(list) {
     int error = ZXPOL_S_OK;

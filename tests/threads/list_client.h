@@ -19,6 +19,19 @@ struct Failure {
     int code;
 };
 
+inline void check(int code, const char* what) {
+    if (code < 0) throw Failure{what, code};
+}
+
+// An array as the interface takes it.
+inline std::vector<const char*> arrayOf(const Addresses& addresses) {
+    std::vector<const char*> texts;
+    for (const std::string& address : addresses)
+        texts.push_back(address.c_str());
+    texts.push_back(nullptr);
+    return texts;
+}
+
 class ListClient {
 public:
     ListClient(const std::string& location, const std::string& list);

@@ -8,10 +8,6 @@
 namespace threads {
 namespace {
 
-void check(int code, const char* what) {
-    if (code < 0) throw Failure{what, code};
-}
-
 // Whether somebody else has deleted what a call is about.
 bool isGone(int code) {
     return code == ZXREG_E_NOT_FOUND || code == ZXREG_E_DELETED;
@@ -42,14 +38,6 @@ private:
     _ZxPolComHandle* _handle;
     Close _close;
 };
-
-std::vector<const char*> arrayOf(const Addresses& addresses) {
-    std::vector<const char*> texts;
-    for (const std::string& address : addresses)
-        texts.push_back(address.c_str());
-    texts.push_back(nullptr);
-    return texts;
-}
 
 std::string lineOf(const _ZxPolMatchPair& pair) {
     size_t receivers = 0;
