@@ -1,0 +1,74 @@
+// Decisions over classes of mails, held against the matcher's on all mails over a small alphabet.
+#include "analysis/decision_space.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include "../support/experiment.h"
+#include "small_policy.h"
+
+namespace tool {
+
+namespace {
+
+// The class of an address: the one whose tests it matches with the same weights.
+std::string textOf(const DecisionSpace& space, uint32_t decision) {
+    if (decision == kNoRule) return "";
+    if (decision == kMatchFails) return "!";
+    return space.policy(0).rules[decision].path;
+}
+
+MatchOptions optionsOf(uint32_t seed) {
+    MatchOptions options;
+    options.isBest = seed % 2 != 0;
+    options.priority = static_cast<ZxPolMatchPriorityType>(seed / 2 % 3);
+    options.weight = static_cast<ZxPolMatchWeightType>(seed / 6 % 2);
+    return options;
+}
+
+// The rules that answer for all mails of a small policy, as the library says and as the classes say.
+void check(uint32_t seed, SmallPolicyKind kind) {
+    const SmallPolicy policy(seed, kind);
+    const MatchOptions options = optionsOf(seed);
+    const StoredRules stored = readStoredRules(policy.store());
+    const DecisionSpace space({&stored}, options);
+    std::vector<std::string> receivers;
+    for (size_t i = 0; i < space.receivers().size(); ++i)
+        receivers.push_back(space.receivers().witness(i));
+    std::set<std::string> bySpace;
+    for (size_t sender = 0; sender < space.senders().size(); ++sender) {
+        const std::vector<uint32_t> decisions = space.decide(0, sender, options.isBest);
+        const std::vector<std::string> real =
+            libraryDecisions(policy.store(), options, space.senders().witness(sender), receivers);
+        for (size_t receiver = 0; receiver < receivers.size(); ++receiver) {
+            bySpace.insert(real[receiver]);
+            ASSERT_EQ(textOf(space, decisions[receiver]), real[receiver])
+                << "seed " << seed << ", sender " << space.senders().witness(sender) << ", receiver "
+                << receivers[receiver];
+        }
+    }
+    // No mail is decided as no class is.
+    for (const std::string& sender : smallAddresses())
+        for (const std::string& decision : libraryDecisions(policy.store(), options, sender, smallAddresses()))
+            ASSERT_EQ(bySpace.count(decision), 1U) << "seed " << seed << ", sender " << sender << ": " << decision;
+}
+
+}  // namespace
+
+TEST(DecisionSpace, DecidesAsTheLibraryDoesOnValidPolicies) {
+    const auto policies = zxtest::shortOrLong<uint32_t>(40, 6000);
+    for (uint32_t seed = 1; seed <= policies && !HasFatalFailure(); ++seed)
+        check(seed, SmallPolicyKind::Valid);
+    if (!HasFatalFailure()) zxtest::figure("analysis", "valid policies held against all mails", policies);
+}
+
+TEST(DecisionSpace, DecidesAsTheLibraryDoesOnWhateverAStoreHolds) {
+    const auto policies = zxtest::shortOrLong<uint32_t>(40, 6000);
+    for (uint32_t seed = 1; seed <= policies && !HasFatalFailure(); ++seed)
+        check(seed, SmallPolicyKind::Foreign);
+    if (!HasFatalFailure()) zxtest::figure("analysis", "foreign policies held against all mails", policies);
+}
+
+}  // namespace tool

@@ -1,0 +1,161 @@
+#include "small_policy.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "raw_key.h"
+#include "tool_error.h"
+
+namespace tool {
+
+namespace {
+
+std::string freshLocation() {
+    static std::atomic<uint32_t> number{0};
+    return "memory:small-policy-" + std::to_string(number++);
+}
+
+}  // namespace
+
+SmallPolicy::SmallPolicy(uint32_t seed, SmallPolicyKind kind)
+    : _random(seed), _isForeign(kind == SmallPolicyKind::Foreign), _store(freshLocation(), Store::Missing::Create) {
+    for (const char* name : {"L", "M", "D"})
+        makeList(name);
+    int result = ZXPOL_S_OK;
+    const RuleHiveHandle hive(zxpol_openRuleHive(_store.key(), 0, &result));
+    const RuleHandle root(zxpol_openRootRule(hive.get(), &result));
+    require(result, "cannot make the root");
+    _ruleKeys.emplace_back(kRootRuleKey);
+    // Mostly the root takes every mail.
+    if (upTo(3) == 0) writeConditions(kRootRuleKey);
+    makeRules(kRootRuleKey, root, 2);
+}
+
+void SmallPolicy::change(uint32_t seed) {
+    _random.seed(seed);
+    if (upTo(2) == 0) fillList(pick({"L", "M"}));
+    if (upTo(2) != 0) writeConditions(pick(_ruleKeys));
+}
+
+std::string SmallPolicy::address() {
+    return pick({"a@a", "b@a", "a@b", "b@a.b", "a@b.b", "a@[a]"});
+}
+
+std::string SmallPolicy::pattern() {
+    if (upTo(3) == 0) return address();
+    if (_isForeign && upTo(2) == 0)
+        return pick({"a*@*", "*a@*", "*@a*", "*@*.a.*", "*@b.*", "a@*b.b", "*@[a*]", "a", "", "**@a", "* @b", "a.*@*", "*@*.*"});
+    return pick({"*", "*@*", "a@*", "*@a", "*@b", "*@*.b", "a@*.b", "*@[*]", "*@a.b"});
+}
+
+std::string SmallPolicy::side() {
+    return upTo(3) == 0 ? pick({"(L)", "(M)", "(L)", "(M)", "(D)", "(N)"}) : pattern();
+}
+
+std::string SmallPolicy::conditionText() {
+    if (_isForeign && upTo(12) == 0) return pick({"", "a@a", ",", "(,*", "*,(L"});
+    std::string text = side();
+    return text.append(",").append(side());
+}
+
+void SmallPolicy::makeList(const std::string& name) {
+    int result = ZXPOL_S_OK;
+    const ListHiveHandle hive(zxpol_openAddrListHive(_store.key(), &result));
+    _ZxPolAddrListAttr attr{};
+    attr.type = name == "D" ? ZXPOL_ADDRLIST_DIRECTORY : ZXPOL_ADDRLIST_NORMAL;
+    const ListHandle list(zxpol_createAddrList(hive.get(), name.c_str(), &attr, &result));
+    require(result, "cannot make a list");
+    if (name != "D") fillList(name);
+}
+
+// Writes the list's only value anew.
+void SmallPolicy::fillList(const std::string& name) {
+    std::string image;
+    for (size_t count = upTo(4); count > 0; --count) {
+        const std::string entry = pattern();
+        if (!entry.empty()) image.append(entry).push_back('\0');
+    }
+    image.push_back('\0');
+    int result = ZXPOL_S_OK;
+    const KeyHandle key = openRawKey(_store.key(), "AddressList\\" + name);
+    zxreg_setValue(key.get(), "address1", ZXREG_MULTI_STRING, image.data(), static_cast<uint32_t>(image.size()), &result);
+    require(result, "cannot fill a list");
+}
+
+void SmallPolicy::writeConditions(const std::string& ruleKey) {
+    const KeyHandle key = openRawKey(_store.key(), ruleKey);
+    for (const std::string& name : rawValueNames(key.get())) {
+        int result = ZXPOL_S_OK;
+        if (isNumbered(name, "condition")) zxreg_deleteValue(key.get(), name.c_str(), &result);
+    }
+    const size_t count = ruleKey == kRootRuleKey ? 1 + upTo(2) : upTo(3);
+    for (size_t i = 1; i <= count; ++i) {
+        const std::string text = conditionText();
+        int result = ZXPOL_S_OK;
+        zxreg_setValue(key.get(), ("condition" + std::to_string(i)).c_str(), ZXREG_STRING, text.c_str(),
+                       static_cast<uint32_t>(text.size() + 1), &result);
+        require(result, "cannot write a condition");
+    }
+}
+
+void SmallPolicy::makeRules(const std::string& parentKey, const RuleHandle& parent, int depth) {
+    for (size_t i = 0, count = upTo(depth == 2 ? 3 : 2); depth > 0 && i < count; ++i) {
+        const std::string name = "r" + std::to_string(i);
+        const std::string key = parentKey + "\\rules\\" + name;
+        int result = ZXPOL_S_OK;
+        _ZxPolRuleAttr attr{};
+        const unsigned char* none[] = {nullptr};
+        const RuleHandle rule(zxpol_createRule(parent.get(), name.c_str(), &attr, none, &result));
+        require(result, "cannot make a rule");
+        _ruleKeys.push_back(key);
+        writeConditions(key);
+        makeRules(key, rule, depth - 1);
+    }
+}
+
+std::vector<std::string> smallAddresses() {
+    std::vector<std::string> addresses{"",  "@",   "a",     "c",     "ab@a",  "aa@ab", "a.b@b",   "a.b.c@c", "c@b.b.b", "c@b.a",
+                                       " a@a", "\"a@b\"", "\"a@a\"@b", "c@[a]", "c@[ab]", "a@[a]", "c@[c.b", "c@a.a.a", "c@c.a.c", "b@b.c"};
+    for (const char* name : {"a", "b", "c"})
+        for (const char* domain : {"a", "b", "c", "a.b", "b.b", "c.b"})
+            addresses.push_back(std::string(name) + "@" + domain);
+    std::sort(addresses.begin(), addresses.end());
+    addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
+    return addresses;
+}
+
+std::vector<std::string> libraryDecisions(const Store& store, const MatchOptions& options, const std::string& sender,
+                                          const std::vector<std::string>& receivers) {
+    int result = ZXPOL_S_OK;
+    const _ZxPolMatchOption option{1, options.priority, options.weight, 0, 0};
+    zxpol_setMatchOption(&option, &result);
+    const ListHiveHandle lists(zxpol_openAddrListHive(store.key(), &result));
+    const RuleHiveHandle rules(zxpol_openRuleHive(store.key(), 0, &result));
+    require(result, "cannot open a policy");
+    std::vector<std::string> decisions(receivers.size());
+    // Whether the mail to the receivers from `first` on, `count` of them, could be matched.
+    const auto decide = [&](size_t first, size_t count) {
+        std::vector<const char*> list;
+        for (size_t i = first; i < first + count; ++i)
+            list.push_back(receivers[i].c_str());
+        list.push_back(nullptr);
+        _ZxPolMatchPair* pairs = nullptr;
+        uint32_t pairCount = 0;
+        int code = ZXPOL_S_OK;
+        zxpol_matchRuleByMailInfoEx(rules.get(), lists.get(), options.isBest ? 1 : 0, sender.c_str(), list.data(),
+                                    &pairs, &pairCount, &code);
+        for (uint32_t i = 0; i < pairCount; ++i)
+            for (char** receiver = pairs[i].receivers; *receiver != nullptr; ++receiver)
+                decisions[static_cast<size_t>(std::find(list.begin(), list.end(), *receiver) - list.begin()) + first] =
+                    pairs[i].rulePath;
+        if (pairs != nullptr) zxpol_freeMatchPair(pairs, pairCount, &result);
+        return ZX_SUCCESS(code);
+    };
+    // A failure for one receiver is one for all of its mail.
+    if (decide(0, receivers.size())) return decisions;
+    for (size_t i = 0; i < receivers.size(); ++i)
+        if (!decide(i, 1)) decisions[i] = "!";
+    return decisions;
+}
+
+}  // namespace tool

@@ -1,0 +1,121 @@
+#include "analysis/part_words.h"
+
+#include <algorithm>
+
+#include "analysis/part_automaton.h"
+
+namespace tool {
+
+namespace {
+
+// A label that no pattern names.
+constexpr const char* kNewLabel = "\x01";
+
+}  // namespace
+
+uint32_t PartWords::add(const PartPattern& pattern) {
+    const auto number = static_cast<uint32_t>(_patterns.size());
+    const auto [place, isNew] = _places.emplace(pattern.key(), number);
+    if (!isNew) return place->second;
+    _patterns.push_back(pattern);
+    switch (pattern.form) {
+        case PartPattern::Form::Literal:
+            _literals.emplace(pattern.key(), number);
+            _known.insert(pattern.text);
+            break;
+        case PartPattern::Form::Suffix: _suffixes.emplace(pattern.text, number); break;
+        case PartPattern::Form::Brackets: _hasBrackets = true; _others.push_back(number); break;
+        case PartPattern::Form::Irregular: _hasIrregular = true; _others.push_back(number); break;
+        case PartPattern::Form::Everything: _others.push_back(number); break;
+    }
+    return number;
+}
+
+std::vector<uint32_t> PartWords::patternsOf(const std::string& text) const {
+    std::vector<uint32_t> found;
+    const std::string whole = comparedText(text);
+    const std::string counted = countedLabels(whole);
+    // The empty pattern matches the empty text, and no blank one.
+    if (text.empty() || !whole.empty()) {
+        const auto look = [&](const std::string& literal, bool isWhole) {
+            const auto place = _literals.find(PartPattern{PartPattern::Form::Literal, isWhole, literal}.key());
+            if (place != _literals.end()) found.push_back(place->second);
+        };
+        look(counted, false);
+        look(whole, true);
+    }
+    for (size_t dot = counted.find('.'); dot != std::string::npos && !_suffixes.empty(); dot = counted.find('.', dot + 1)) {
+        const auto place = _suffixes.find(counted.substr(dot + 1));
+        if (place != _suffixes.end()) found.push_back(place->second);
+    }
+    for (uint32_t number : _others)
+        if (matchesPart(_patterns[number], text)) found.push_back(number);
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+std::vector<PartWord> PartWords::words() const {
+    std::vector<PartWord> words;
+    for (const std::string& text : _known)
+        words.push_back({text, patternsOf(text), true});
+    if (_hasIrregular)
+        addIrregular(words);
+    else
+        addRegular(words);
+    return words;
+}
+
+// Adds a text that begins and ends as told, with something new to all patterns between, and that matches just the
+// patterns that are wanted.
+void PartWords::addFresh(std::vector<PartWord>& words, const std::string& before, const std::string& behind,
+                         const std::vector<uint32_t>& wanted) const {
+    const auto tryOne = [&](const std::string& middle) {
+        std::string text = before + middle + behind;
+        if (text.size() > _maxLength || isKnown(text) || patternsOf(text) != wanted) return false;
+        words.push_back({std::move(text), wanted, false});
+        return true;
+    };
+    for (const std::string& middle : _fresh)
+        if (tryOne(middle)) return;
+    // Each pattern and each known text can be in the way of one number.
+    if (before.size() + 1 + behind.size() > _maxLength || tryOne("x")) return;
+    for (size_t i = 1; i <= _known.size() + _patterns.size(); ++i)
+        if (tryOne("x" + std::to_string(i))) return;
+}
+
+/*
+ * Suffixes end a text one within the other, so that the longest that does says all. Labels beyond the fiftieth do not
+ * count but in a domain literal: "[x.…example.com.]" ends with "]", and for a suffix with "com".
+ */
+void PartWords::addRegular(std::vector<PartWord>& words) const {
+    std::vector<uint32_t> everything;
+    for (uint32_t number : _others)
+        if (_patterns[number].form == PartPattern::Form::Everything) everything.push_back(number);
+    addFresh(words, "", "", everything);
+    if (_hasBrackets) addFresh(words, "[", "]", _others);
+    for (const auto& [suffix, number] : _suffixes) {
+        const auto addBetween = [&](const std::string& before, const std::string& behind) {
+            addFresh(words, before, behind, patternsOf(before + kNewLabel + behind));
+        };
+        addBetween("", "." + suffix);
+        if (!_hasBrackets) continue;
+        addBetween("[", "." + suffix);
+        std::string labels = "[";
+        for (auto count = std::count(suffix.begin(), suffix.end(), '.') + 2; count < static_cast<long>(kMaxLabels); ++count)
+            labels += "x.";
+        addBetween(labels, "." + suffix + ".]");
+    }
+}
+
+void PartWords::addIrregular(std::vector<PartWord>& words) const {
+    std::vector<const PartPattern*> patterns;
+    for (const PartPattern& pattern : _patterns)
+        if (pattern.form != PartPattern::Form::Literal && pattern.form != PartPattern::Form::Everything)
+            patterns.push_back(&pattern);
+    for (std::string& text : PartAutomaton(std::move(patterns), _maxLength).findTexts(_known)) {
+        std::vector<uint32_t> matching = patternsOf(text);
+        words.push_back({std::move(text), std::move(matching), false});
+    }
+}
+
+}  // namespace tool
