@@ -58,14 +58,14 @@ void check(uint32_t seed, SmallPolicyKind kind) {
 }  // namespace
 
 TEST(DecisionSpace, DecidesAsTheLibraryDoesOnValidPolicies) {
-    const auto policies = zxtest::shortOrLong<uint32_t>(40, 6000);
+    const auto policies = zxtest::shortOrLong<uint32_t>(15, 6000);
     for (uint32_t seed = 1; seed <= policies && !HasFatalFailure(); ++seed)
         check(seed, SmallPolicyKind::Valid);
     if (!HasFatalFailure()) zxtest::figure("analysis", "valid policies held against all mails", policies);
 }
 
 TEST(DecisionSpace, DecidesAsTheLibraryDoesOnWhateverAStoreHolds) {
-    const auto policies = zxtest::shortOrLong<uint32_t>(40, 6000);
+    const auto policies = zxtest::shortOrLong<uint32_t>(15, 6000);
     for (uint32_t seed = 1; seed <= policies && !HasFatalFailure(); ++seed)
         check(seed, SmallPolicyKind::Foreign);
     if (!HasFatalFailure()) zxtest::figure("analysis", "foreign policies held against all mails", policies);

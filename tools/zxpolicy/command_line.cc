@@ -9,6 +9,7 @@
 
 #include "apply.h"
 #include "dump_command.h"
+#include "lint_command.h"
 #include "list_commands.h"
 #include "match_command.h"
 #include "refs_command.h"
@@ -84,6 +85,7 @@ public:
         addDump();
         addMatch();
         addRefs();
+        addLint();
         addList();
     }
 
@@ -177,6 +179,18 @@ private:
         };
         addKind("list", "Rules with a condition on an address list", ZXPOL_REF_ADDRLIST);
         addKind("classification", "Rules with an outcome that names a classification", ZXPOL_REF_CLASSIFICATION);
+    }
+
+    void addLint() {
+        CLI::App& command = *_app.add_subcommand("lint", "Look for what is wrong with a policy, or has no effect");
+        command.add_option("POLICY", _lint.policy, "A policy file or a store (default the store of --store)");
+        addWord(command, "--priority", _lint.match.priority, kPriorities,
+                "What the best match compares (default total)");
+        addWord(command, "--weight", _lint.match.weight, kWeights, "What weighs more in a pattern (default domain)");
+        command.add_flag("--strict", _lint.isStrict, "Count warnings as errors");
+        addReport(command, _lint.format);
+        command.footer("Exit status: 0 no error was found, 1 some were.");
+        onCall(command, _lint, [this] { return runLint(_lint, std::cout, std::cerr); });
     }
 
     void addList() {
@@ -273,6 +287,7 @@ private:
     std::string _file;
     MatchCommandOptions _match;
     RefsOptions _refs;
+    LintOptions _lint;
     ListOverviewOptions _overview;
     ListShowOptions _show;
     ListCheckOptions _check;

@@ -7,6 +7,7 @@
 #include "names_of.h"
 #include "open_list.h"
 #include "policy_file.h"
+#include "policy_store_reader.h"
 #include "text.h"
 
 namespace tool {
@@ -27,16 +28,17 @@ std::vector<StoredRule::Condition> conditionsOf(const RuleHandle& rule) {
     }
 }
 
-void addRule(const RuleHandle& handle, const std::string& path, uint32_t parent, std::vector<StoredRule>& rules) {
+void addRule(const RuleHandle& handle, const std::string& path, const std::string& key, uint32_t parent,
+             std::vector<StoredRule>& rules) {
     const auto number = static_cast<uint32_t>(rules.size());
-    rules.push_back({path, parent, {}, conditionsOf(handle)});
+    rules.push_back({path, key, parent, {}, conditionsOf(handle)});
     if (number != 0) rules[parent].children.push_back(number);
     for (const std::string& name : namesOf(zxpol_enumRule, handle.get(), "the rules below rule " + oneLine(path))) {
         const std::string below = childName(path, name);
         int result = ZXPOL_S_OK;
         const RuleHandle child(zxpol_openRule(handle.get(), name.c_str(), &result));
         require(result, "cannot open rule " + oneLine(below));
-        addRule(child, below, number, rules);
+        addRule(child, below, childRuleKey(key, name), number, rules);
     }
 }
 
@@ -65,7 +67,7 @@ StoredRules readStoredRules(const Store& store) {
     const std::unique_ptr<ZxPolAddrListHive> lists(ZxPolAddrListHive::open(store.key(), &result));
     const RuleHandle root(zxpol_openRootRule(hive.get(), &result));
     require(result, "cannot open the policy in " + oneLine(store.location()));
-    addRule(root, "\\", 0, stored.rules);
+    addRule(root, "\\", kRootRuleKey, 0, stored.rules);
     for (const StoredRule& rule : stored.rules) {
         for (const StoredRule::Condition& condition : rule.conditions) {
             for (const std::string& side : {condition.sender, condition.receiver}) {

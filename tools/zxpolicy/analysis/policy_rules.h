@@ -19,6 +19,7 @@ struct StoredRule {
     };
 
     std::string path;
+    std::string key;  // of the rule, seen from the store's
     uint32_t parent = 0;
     std::vector<uint32_t> children;  // in order
     std::vector<Condition> conditions;

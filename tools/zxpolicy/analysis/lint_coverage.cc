@@ -1,0 +1,114 @@
+// Conditions beside each other and their parents'.
+#include <algorithm>
+
+#include "analysis/lint.h"
+#include "analysis/lint_text.h"
+
+namespace tool {
+
+namespace {
+
+class Coverage {
+public:
+    Coverage(const DecisionSpace& space, std::vector<Finding>& findings) : _space(space), _findings(findings) {}
+
+    void run() {
+        const std::vector<StoredRule>& rules = _space.policy(0).rules;
+        for (uint32_t rule = 0; rule < rules.size(); ++rule) {
+            const std::vector<ClassCondition>& conditions = _space.conditions(0, rule);
+            for (size_t i = 0; i < conditions.size(); ++i) {
+                if (!canBeCompared(conditions[i])) continue;
+                if (isNever(conditions[i])) {
+                    reportNever(rules[rule], i);
+                    continue;
+                }
+                lookAtSiblings(rules[rule], conditions, i);
+                if (rule != 0) lookAtParent(rules[rule], conditions[i], i);
+            }
+        }
+    }
+
+private:
+    static bool canBeCompared(const ClassCondition& condition) {
+        return condition.sender != ClassCondition::kFails && condition.receiver != ClassCondition::kFails;
+    }
+
+    bool isNever(const ClassCondition& condition) const {
+        return _space.senders().matching(condition.sender).isEmpty() ||
+               _space.receivers().matching(condition.receiver).isEmpty();
+    }
+
+    // Lists that are empty have a finding of their own.
+    void reportNever(const StoredRule& rule, size_t index) {
+        const StoredRule::Condition& condition = rule.conditions[index];
+        for (const std::string& side : {condition.sender, condition.receiver})
+            if (const auto name = listAskedFor(side); name && _space.policy(0).lists.at(*name).entries.empty()) return;
+        _findings.push_back({Severity::Warning, "never-matches", conditionText(rule.path, index),
+                             "no address matches both of its sides", "correct it, or remove it", {rule.path}});
+    }
+
+    bool covers(const ClassCondition& wide, const ClassCondition& narrow) const {
+        return _space.senders().matching(narrow.sender).isIn(_space.senders().matching(wide.sender)) &&
+               _space.receivers().matching(narrow.receiver).isIn(_space.receivers().matching(wide.receiver));
+    }
+
+    // Whether a match of the narrow condition is never of a larger weight than one of the wide condition.
+    bool outweighs(const ClassCondition& wide, const ClassCondition& narrow) const {
+        const auto isNeverLarger = [](const SideClasses& side, uint32_t narrowTest, uint32_t wideTest) {
+            bool isFine = true;
+            side.matching(narrowTest).forEach([&](size_t one) {
+                isFine = isFine && side.weight(one, narrowTest) <= side.weight(one, wideTest);
+            });
+            return isFine;
+        };
+        return isNeverLarger(_space.senders(), narrow.sender, wide.sender) &&
+               isNeverLarger(_space.receivers(), narrow.receiver, wide.receiver);
+    }
+
+    // Of conditions that cover each other the first one stays.
+    void lookAtSiblings(const StoredRule& rule, const std::vector<ClassCondition>& conditions, size_t index) {
+        for (size_t other = 0; other < conditions.size(); ++other) {
+            if (other == index || !canBeCompared(conditions[other]) || !covers(conditions[other], conditions[index]))
+                continue;
+            if (other > index && covers(conditions[index], conditions[other])) continue;
+            const bool isIdle = outweighs(conditions[other], conditions[index]);
+            _findings.push_back(
+                {isIdle ? Severity::Warning : Severity::Note, "covered-condition", conditionText(rule.path, index),
+                 "condition " + std::to_string(other + 1) + " of the rule matches every mail that it matches" +
+                     (isIdle ? "" : "; only in best match it makes the rule weigh more"),
+                 isIdle ? "remove it" : "remove it, unless best match is used and the weight is meant", {rule.path}});
+            return;
+        }
+    }
+
+    void lookAtParent(const StoredRule& rule, const ClassCondition& condition, size_t index) {
+        const StoredRule& parent = _space.policy(0).rules[rule.parent];
+        std::optional<SampleMail> outside;
+        _space.senders().matching(condition.sender).forEach([&](size_t sender) {
+            if (outside) return;
+            ClassBits left = _space.receivers().matching(condition.receiver);
+            for (const ClassCondition& above : _space.conditions(0, rule.parent))
+                if (canBeCompared(above) && _space.senders().matches(sender, above.sender))
+                    left -= _space.receivers().matching(above.receiver);
+            left.forEach([&](size_t receiver) {
+                if (!outside) outside = {_space.senders().witness(sender), _space.receivers().witness(receiver)};
+            });
+        });
+        if (!outside) return;
+        _findings.push_back({Severity::Warning, "outside-parent", conditionText(rule.path, index),
+                             "it matches mails that no condition of rule " + oneLine(parent.path) +
+                                 " matches: first match gives them to this rule, best match does not",
+                             "narrow it, or widen the conditions above", {rule.path, parent.path}, outside});
+    }
+
+    const DecisionSpace& _space;
+    std::vector<Finding>& _findings;
+};
+
+}  // namespace
+
+void lintCoverage(const DecisionSpace& space, std::vector<Finding>& findings) {
+    Coverage(space, findings).run();
+}
+
+}  // namespace tool

@@ -1,0 +1,125 @@
+#include "diff_decisions.h"
+
+#include <ostream>
+
+#include "analysis/decision_diff.h"
+#include "analysis/part_automaton.h"
+#include "fixed_policy.h"
+#include "folding.h"
+#include "json.h"
+#include "text.h"
+
+namespace tool {
+
+namespace {
+
+constexpr uint32_t kJsonVersion = 1;
+
+Json outcomeJson(const DecisionOutcome& outcome) {
+    return Json::object({{"rule", outcome.rule.empty() ? Json::null() : Json(outcome.rule)},
+                         {"tasks", outcome.tasks},
+                         {"failure", outcome.failure.empty() ? Json::null() : Json(outcome.failure)}});
+}
+
+void printJson(std::ostream& out, const DecisionDiff& diff) {
+    Json changes = Json::array();
+    for (const DecisionChange& change : diff.changes) {
+        Json kinds = Json::array();
+        for (const MailKind& kind : change.kinds)
+            kinds.add(Json::object({{"sender", kind.mail.sender},
+                                    {"senderMatches", kind.senderMatches},
+                                    {"receiver", kind.mail.receiver},
+                                    {"receiverMatches", kind.receiverMatches}}));
+        changes.add(Json::object({{"before", outcomeJson(change.before)},
+                                  {"after", outcomeJson(change.after)},
+                                  {"count", change.count},
+                                  {"kinds", kinds}}));
+    }
+    out << Json::object(
+               {{"version", kJsonVersion}, {"kinds", diff.kinds}, {"changed", diff.changed}, {"changes", changes}})
+               .line();
+}
+
+std::string outcomeText(const DecisionOutcome& outcome) {
+    if (!outcome.failure.empty()) return "a failure (" + outcome.failure + ")";
+    return outcome.rule.empty() ? "no rule" : oneLine(outcome.rule);
+}
+
+std::string tasksText(const std::vector<std::string>& tasks) {
+    std::string text;
+    for (const std::string& task : tasks)
+        text += (text.empty() ? "" : ", ") + oneLine(task);
+    return text.empty() ? "none" : text;
+}
+
+// The patterns and lists that an address matches, the longest rows cut.
+std::string matchesText(const std::vector<std::string>& texts) {
+    constexpr size_t kShown = 6;
+    std::string text;
+    for (size_t i = 0; i < texts.size() && i < kShown; ++i)
+        text += (i == 0 ? "" : ", ") + oneLine(texts[i]);
+    if (texts.size() > kShown) text += " and " + grouped(texts.size() - kShown) + " more";
+    return text.empty() ? "no condition" : text;
+}
+
+void printAddress(std::ostream& out, const char* side, const std::string& address,
+                  const std::vector<std::string>& matches, size_t width) {
+    out << "    ";
+    printFolded(out, std::string(side) + " " + inQuotes(address, 255) + ", which matches " + matchesText(matches), width,
+                6, 4);
+}
+
+void printChange(std::ostream& out, const DecisionChange& change, size_t width) {
+    printFolded(out, outcomeText(change.before) + " -> " + outcomeText(change.after) + ": " + grouped(change.count) +
+                         (change.count == 1 ? " kind of mails" : " kinds of mails"),
+                width, 2);
+    if (change.before.tasks != change.after.tasks) {
+        out << "  ";
+        printFolded(out, "tasks before: " + tasksText(change.before.tasks), width, 4, 2);
+        out << "  ";
+        printFolded(out, "tasks after: " + tasksText(change.after.tasks), width, 4, 2);
+    }
+    for (const MailKind& kind : change.kinds) {
+        printAddress(out, "from", kind.mail.sender, kind.senderMatches, width);
+        printAddress(out, "to  ", kind.mail.receiver, kind.receiverMatches, width);
+        if (&kind != &change.kinds.back()) out << '\n';
+    }
+    if (change.count > change.kinds.size())
+        out << "    and " << grouped(change.count - change.kinds.size()) << " more\n";
+}
+
+void printText(std::ostream& out, const DecisionDiff& diff) {
+    const size_t width = terminalWidth();
+    for (const DecisionChange& change : diff.changes)
+        printChange(out, change, width);
+    if (diff.changed == 0)
+        printFolded(out, "the same for every mail (" + grouped(diff.kinds) + " kinds of mails compared)", width, 0);
+    else
+        printFolded(out,
+                    grouped(diff.changed) + " of " + grouped(diff.kinds) + " kinds of mails are decided differently",
+                    width, 0);
+}
+
+FixedPolicy openPolicy(const std::string& policy, std::ostream& err) {
+    return isLocation(policy) ? FixedPolicy(policy) : FixedPolicy(policy, nullptr, err);
+}
+
+}  // namespace
+
+ExitStatus runDiffDecisions(const DiffDecisionsOptions& options, std::ostream& out, std::ostream& err) {
+    const FixedPolicy before = openPolicy(options.before, err), after = openPolicy(options.after, err);
+    DecisionDiff diff;
+    try {
+        diff = compareDecisions(before.store(), after.store(), options.match, options.samples);
+    } catch (const AnalysisLimit& limit) {
+        throw PolicyError(std::string("cannot compare all mails: ") + limit.what() +
+                          "; compare recorded ones by zxpolicy replay --against");
+    }
+    if (options.format == OutputFormat::Json)
+        printJson(out, diff);
+    else
+        printText(out, diff);
+    return diff.changed == 0 ? kSuccess : kAnswerIsNo;
+}
+
+}  // namespace tool
