@@ -7,6 +7,7 @@
 #include "fixed_policy.h"
 #include "folding.h"
 #include "json.h"
+#include "pattern/rfc2822_checker.h"
 #include "text.h"
 
 namespace tool {
@@ -62,11 +63,18 @@ std::string matchesText(const std::vector<std::string>& texts) {
     return text.empty() ? "no condition" : text;
 }
 
+// Whether it is what mail programs call an address, or the null sender.
+bool isWellFormed(const std::string& address) {
+    return address.empty() || ZxPolRfc2822Checker::checkFormatValidity(address.c_str());
+}
+
 void printAddress(std::ostream& out, const char* side, const std::string& address,
                   const std::vector<std::string>& matches, size_t width) {
     out << "    ";
-    printFolded(out, std::string(side) + " " + inQuotes(address, 255) + ", which matches " + matchesText(matches), width,
-                6, 4);
+    printFolded(out,
+                std::string(side) + " " + inQuotes(address, 255) + (isWellFormed(address) ? "" : " (not well-formed)") +
+                    ", which matches " + matchesText(matches),
+                width, 6, 4);
 }
 
 void printChange(std::ostream& out, const DecisionChange& change, size_t width) {

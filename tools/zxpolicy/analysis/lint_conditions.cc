@@ -68,8 +68,11 @@ private:
                                  "name a list whose addresses are in the store", {rule.path}});
         } else if (ZX_FAILURE(list.failure)) {
             _findings.push_back({Severity::Error, "missing-list", place,
-                                 "the " + side + " names " + listText(name) + ", which cannot be opened: " +
-                                     describeResult(list.failure) + consequence,
+                                 "the " + side + " names " + listText(name) + ", which " +
+                                     (hasReason(list.failure, kReasonNotFound)
+                                          ? std::string("does not exist")
+                                          : std::string("cannot be opened (") + resultName(list.failure) + ")") +
+                                     consequence,
                                  "make the list, or correct the name; letter case counts", {rule.path}});
         } else if (list.entries.empty() && _empty.insert(name).second) {
             _findings.push_back({Severity::Warning, "empty-list", place,

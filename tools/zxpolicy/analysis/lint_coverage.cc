@@ -18,10 +18,7 @@ public:
             const std::vector<ClassCondition>& conditions = _space.conditions(0, rule);
             for (size_t i = 0; i < conditions.size(); ++i) {
                 if (!canBeCompared(conditions[i])) continue;
-                if (isNever(conditions[i])) {
-                    reportNever(rules[rule], i);
-                    continue;
-                }
+                if (isNever(conditions[i])) continue;
                 lookAtSiblings(rules[rule], conditions, i);
                 if (rule != 0) lookAtParent(rules[rule], conditions[i], i);
             }
@@ -33,18 +30,10 @@ private:
         return condition.sender != ClassCondition::kFails && condition.receiver != ClassCondition::kFails;
     }
 
+    // An empty list, which has a finding of its own, matches no address.
     bool isNever(const ClassCondition& condition) const {
         return _space.senders().matching(condition.sender).isEmpty() ||
                _space.receivers().matching(condition.receiver).isEmpty();
-    }
-
-    // Lists that are empty have a finding of their own.
-    void reportNever(const StoredRule& rule, size_t index) {
-        const StoredRule::Condition& condition = rule.conditions[index];
-        for (const std::string& side : {condition.sender, condition.receiver})
-            if (const auto name = listAskedFor(side); name && _space.policy(0).lists.at(*name).entries.empty()) return;
-        _findings.push_back({Severity::Warning, "never-matches", conditionText(rule.path, index),
-                             "no address matches both of its sides", "correct it, or remove it", {rule.path}});
     }
 
     bool covers(const ClassCondition& wide, const ClassCondition& narrow) const {

@@ -90,6 +90,12 @@ private:
 
 constexpr size_t kShownAnswers = 3;
 
+bool isBelow(const std::vector<StoredRule>& rules, uint32_t rule, uint32_t ancestor) {
+    while (rule > ancestor)
+        rule = rules[rule].parent;
+    return rule == ancestor;
+}
+
 // Who answers, those with the most kinds of mails first.
 Finding findingFor(const DecisionSpace& space, uint32_t rule, const Answers& answers, bool isBest) {
     const std::vector<StoredRule>& rules = space.policy(0).rules;
@@ -113,6 +119,14 @@ Finding findingFor(const DecisionSpace& space, uint32_t rule, const Answers& ans
     uint64_t all = 0;
     for (const auto& [count, answer] : sorted)
         all += count;
+    // A rule may be there to hold others together.
+    const bool isHolder = std::all_of(sorted.begin(), sorted.end(), [&](const auto& entry) {
+        return entry.second < rules.size() && isBelow(rules, entry.second, rule);
+    });
+    if (isHolder) {
+        finding.severity = Severity::Note;
+        finding.remedy = "nothing, if it is there for the rules below it alone";
+    }
     finding.text += "of the " + grouped(all) + (all == 1 ? " kind" : " kinds") + " of mails that match its conditions ";
     for (size_t i = 0; i < sorted.size(); ++i) {
         const auto [count, answer] = sorted[i];

@@ -1,0 +1,98 @@
+// diff --decisions: what is printed of two policies compared on all mails.
+#include "diff_decisions.h"
+
+#include <gmock/gmock.h>
+
+#include <sstream>
+
+#include "tool_fixture.h"
+
+namespace tool {
+
+namespace {
+
+using testing::HasSubstr;
+
+class DiffDecisionsTest : public ToolTest {
+protected:
+    Outcome diff(const std::string& before, const std::string& after, DiffDecisionsOptions options = {}) {
+        options.before = write("before.yaml", before);
+        options.after = write("after.yaml", after);
+        std::ostringstream out, err;
+        const ExitStatus status = runDiffDecisions(options, out, err);
+        return {status, out.str(), err.str()};
+    }
+};
+
+// A policy with a rule A that takes some receivers, and a task.
+std::string policyFor(const std::string& receiver, const std::string& task = "scan") {
+    return policyWithRoot("  tasks: [{name: " + task + "}]\n  rules: [{name: A, conditions: [{sender: \"*\", receiver: \"" +
+                          receiver + "\"}]}]\n");
+}
+
+}  // namespace
+
+TEST_F(DiffDecisionsTest, SaysThatPoliciesWrittenDifferentlyDecideTheSame) {
+    const std::string listed = "zxpolicy: 1\nlists: [{name: L, addresses: [\"*@a.example\"]}]\n" +
+                               policyWithRoot("  tasks: [{name: scan}]\n  rules:\n    - {name: A, conditions: [{sender: "
+                                              "\"*\", receiver: (L)}]}\n")
+                                   .substr(12);
+    const Outcome outcome = diff(policyFor("*@A.example"), listed);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "the same for every mail (3 kinds of mails compared)\n");
+    EXPECT_EQ(outcome.err, "");
+}
+
+// A list finds an address whose quotes go around the "@" as well, and a pattern does not.
+TEST_F(DiffDecisionsTest, SaysWhichAddressesAreNotWellFormed) {
+    const std::string listed = "zxpolicy: 1\nlists: [{name: L, addresses: [\"x@a.example\"]}]\n" +
+                               policyWithRoot("  tasks: [{name: scan}]\n  rules:\n    - {name: A, conditions: [{sender: "
+                                              "\"*\", receiver: (L)}]}\n")
+                                   .substr(12);
+    const Outcome outcome = diff(policyFor("x@a.example"), listed);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.out,
+                HasSubstr("    to   \"\\\"x@a.example\\\"\" (not well-formed), which matches *, (L)\n"));
+}
+
+TEST_F(DiffDecisionsTest, TellsTheMailsThatAreDecidedDifferently) {
+    const Outcome outcome = diff(policyFor("*@a.example"), policyFor("x@a.example"));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out,
+              "\\A -> \\: 1 kind of mails\n"
+              "    from \"anyone@anywhere.example\", which matches *\n"
+              "    to   \"anyone@a.example\", which matches *, *@a.example\n"
+              "1 of 3 kinds of mails are decided differently\n");
+}
+
+TEST_F(DiffDecisionsTest, TellsTasksThatDiffer) {
+    const Outcome outcome = diff(policyFor("*@a.example", "scan"), policyFor("*@a.example", "check"));
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.out, HasSubstr("\\A -> \\A: 1 kind of mails\n  tasks before: \\scan\n  tasks after: \\check\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("2 of 2 kinds of mails are decided differently\n"));
+}
+
+TEST_F(DiffDecisionsTest, DependsOnTheWayOfMatching) {
+    const std::string one = policyWithRoot(
+        "  rules: [{name: A, conditions: [{sender: \"*\", receiver: \"*@a.example\"}]}, {name: B, conditions: [{sender: "
+        "\"*\", receiver: x@a.example}]}]\n");
+    const std::string other = policyWithRoot(
+        "  rules: [{name: B, conditions: [{sender: \"*\", receiver: x@a.example}]}, {name: A, conditions: [{sender: "
+        "\"*\", receiver: \"*@a.example\"}]}]\n");
+    EXPECT_EQ(diff(one, other).status, 1);
+    DiffDecisionsOptions options;
+    options.match.isBest = true;
+    EXPECT_EQ(diff(one, other, options).status, 0);
+}
+
+TEST_F(DiffDecisionsTest, ReportsAsJson) {
+    DiffDecisionsOptions options;
+    options.format = OutputFormat::Json;
+    EXPECT_EQ(diff(policyFor("*@a.example"), policyFor("x@a.example"), options).out,
+              "{\"version\":1,\"kinds\":3,\"changed\":1,\"changes\":[{\"before\":{\"rule\":\"\\\\A\",\"tasks\":[\"\\\\scan\"],"
+              "\"failure\":null},\"after\":{\"rule\":\"\\\\\",\"tasks\":[\"\\\\scan\"],\"failure\":null},\"count\":1,"
+              "\"kinds\":[{\"sender\":\"anyone@anywhere.example\",\"senderMatches\":[\"*\"],\"receiver\":\"anyone@a.example\","
+              "\"receiverMatches\":[\"*\",\"*@a.example\"]}]}]}\n");
+}
+
+}  // namespace tool
