@@ -7,10 +7,10 @@
 #include <random>
 #include <set>
 
+#include "../support/experiment.h"
 #include "addrlist/addr_cache.h"
 #include "pattern/cond_wildcard_pattern.h"
 #include "pattern/priority.h"
-#include "../support/experiment.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ using tool::MatchedTest;
 
 // A test as the library carries it out.
 struct Test {
-    std::string pattern;                    // where there is no list
+    std::string pattern;  // where there is no list
     std::unique_ptr<ZxPolAddrCache> list;
 
     int weightOf(const std::string& address, ZxPolMatchWeightType type) const {
@@ -95,8 +95,8 @@ std::string faultOf(Tests& tests, const std::vector<std::string>& addresses) {
     std::set<std::vector<MatchedTest>> known;
     for (const AddressClass& one : tests.classes()) {
         if (tests.matchedBy(one.witness) != one.matched)
-            return "the witness \"" + one.witness + "\" matches " + textOf(tests.matchedBy(one.witness)) + "instead of " +
-                   textOf(one.matched);
+            return "the witness \"" + one.witness + "\" matches " + textOf(tests.matchedBy(one.witness)) +
+                   "instead of " + textOf(one.matched);
         if (!known.insert(one.matched).second) return "two classes match " + textOf(one.matched);
     }
     for (const std::string& address : addresses)
@@ -119,7 +119,8 @@ std::vector<std::string> allTexts(const std::string& alphabet, size_t length) {
 
 // All pairs of a local part and a domain, and texts with quotes, colons and blanks.
 std::vector<std::string> manyAddresses() {
-    std::vector<std::string> addresses{"", "@", "\"\"", " ", " @ ", "\"a@a\"", "\"a@a\"@a", "x:a@a", "\" a\"@a", "a@a@a", "A@A.B"};
+    std::vector<std::string> addresses{"",          "@",     "\"\"",     " ",     " @ ",  "\"a@a\"",
+                                       "\"a@a\"@a", "x:a@a", "\" a\"@a", "a@a@a", "A@A.B"};
     const std::vector<std::string> names = allTexts("ab.", 3);
     const std::vector<std::string> domains = allTexts("ab.", 4);
     for (const std::string& name : names)
@@ -154,7 +155,8 @@ public:
     std::string validPattern() {
         const std::string label = pick({"a", "b", "ab"});
         const std::string name = pick({"*", "*", "a", "b", "a.b", "\"*\""});
-        const std::string domain = pick({"*", "a", "b", "a.b", "b.a", "*.a", "*.b", "*.a.b", "*.b.b", "[*]", "[a]", "[a.a]"});
+        const std::string domain =
+            pick({"*", "a", "b", "a.b", "b.a", "*.a", "*.b", "*.a.b", "*.b.b", "[*]", "[a]", "[a.a]"});
         return below(12) == 0 ? pick({"*", "*@*"}) : name + "@" + domain;
     }
 
@@ -166,7 +168,9 @@ public:
         return below(10) == 0 ? name : name + "@" + domain;
     }
 
-    std::string address() { return pick({"a", "b", "a.b", "\"a\"", "\"a@b\""}) + "@" + pick({"a", "b", "a.b", "b.a", "a.a.b", "[a]"}); }
+    std::string address() {
+        return pick({"a", "b", "a.b", "\"a\"", "\"a@b\""}) + "@" + pick({"a", "b", "a.b", "b.a", "a.a.b", "[a]"});
+    }
 
 private:
     std::mt19937 _engine;

@@ -86,10 +86,10 @@ TEST_F(LintTest, FindsInTheExampleOneOfEachThatAFileCanSay) {
     for (const char* line :
          {"error missing-list: rule \\Guests, condition 2\n", "error directory-list: rule \\Guests, condition 3\n",
           "warning empty-list: rule \\Guests, condition 1\n", "warning no-conditions: rule \\Draft\n",
-          "note covered-condition: rule \\Sales, condition 2\n",
-          "warning outside-parent: rule \\Abroad, condition 1\n", "warning unreachable-first: rule \\Support\n",
-          "warning unreachable-best: rule \\Everybody\n", "warning missing-classification: task \\scan\n",
-          "warning dead-mark: rule \\Sales\n", "note idle-mark: rule \\Sales\n", "warning idle-mark: rule \\Sales\n",
+          "note covered-condition: rule \\Sales, condition 2\n", "warning outside-parent: rule \\Abroad, condition 1\n",
+          "warning unreachable-first: rule \\Support\n", "warning unreachable-best: rule \\Everybody\n",
+          "warning missing-classification: task \\scan\n", "warning dead-mark: rule \\Sales\n",
+          "note idle-mark: rule \\Sales\n", "warning idle-mark: rule \\Sales\n",
           "warning dropped-task: task \\Sales\\scan\n", "note never-active: task \\count\n",
           "note unused-filter: exclusive filter 40\n"})
         EXPECT_THAT(outcome.out, HasSubstr(line));
@@ -102,7 +102,8 @@ TEST_F(LintTest, TellsWhoTakesTheMailsOfARuleThatNoneGetsTo) {
     - {name: C, conditions: [{sender: "*", receiver: x@a.example}, {sender: "*", receiver: x@b.example}]}
 )"));
     EXPECT_EQ(placesOf("unreachable-first"), Texts{"rule \\C"});
-    EXPECT_THAT(textsOf("unreachable-first").front(), AllOf(HasSubstr("rule \\A takes 1"), HasSubstr("rule \\B takes 1")));
+    EXPECT_THAT(textsOf("unreachable-first").front(),
+                AllOf(HasSubstr("rule \\A takes 1"), HasSubstr("rule \\B takes 1")));
     EXPECT_EQ(placesOf("unreachable-best"), Texts{});
 }
 
@@ -141,7 +142,7 @@ TEST_F(LintTest, TellsAConditionThatOnlyAddsWeightFromOneThatAddsNothing) {
     for (const Finding& finding : result.findings)
         if (std::string(finding.id) == "covered-condition") covered.emplace_back(finding.severity, finding.place);
     EXPECT_EQ(covered, (std::vector<std::pair<Severity, std::string>>{{Severity::Note, "rule \\A, condition 2"},
-                                                                     {Severity::Warning, "rule \\B, condition 2"}}));
+                                                                      {Severity::Warning, "rule \\B, condition 2"}}));
 }
 
 TEST_F(LintTest, FindsPositionsThatAreMissingDoubledOrLeaveAGap) {
@@ -196,7 +197,8 @@ TEST_F(LintTest, FindsValuesThatNoPolicyHas) {
     apply(kTwoRules);
     writeText(kRuleA, "matchType", "0");
     EXPECT_EQ(placesOf("stored-form"), Texts{"the store"});
-    EXPECT_THAT(textsOf("stored-form").front(), HasSubstr("rule \\A has a value \"matchType\" that is of the wrong type"));
+    EXPECT_THAT(textsOf("stored-form").front(),
+                HasSubstr("rule \\A has a value \"matchType\" that is of the wrong type"));
 }
 
 TEST_F(LintTest, FindsRulesWhoseMailsCannotBeMatched) {
@@ -219,7 +221,8 @@ TEST_F(LintTest, ReportsAsJson) {
               "{\"version\":1,\"errors\":0,\"warnings\":1,\"notes\":0,\"findings\":[{\"id\":\"no-conditions\","
               "\"severity\":\"warning\",\"place\":\"rule \\\\A\",\"text\":\"it has no condition: no mail matches it\","
               "\"remedy\":\"add conditions, or delete the rule\",\"rules\":[\"\\\\A\"],\"mail\":null}],"
-              "\"rules\":[{\"rule\":\"\\\\\",\"first\":{\"sender\":\"anyone@anywhere.example\",\"receiver\":\"anyone@anywhere.example\"},"
+              "\"rules\":[{\"rule\":\"\\\\\",\"first\":{\"sender\":\"anyone@anywhere.example\",\"receiver\":\"anyone@"
+              "anywhere.example\"},"
               "\"best\":{\"sender\":\"anyone@anywhere.example\",\"receiver\":\"anyone@anywhere.example\"}},"
               "{\"rule\":\"\\\\A\",\"first\":null,\"best\":null}]}\n");
 }

@@ -55,7 +55,8 @@ void checkReach(uint32_t seed) {
     }
 }
 
-// Where the comparison of two policies sees no difference, no mail shows one, and each change that a mail shows is told.
+// Where the comparison of two policies sees no difference, no mail shows one, and each change that a mail shows is
+// told.
 void checkDiff(uint32_t seed, uint32_t& same) {
     const SmallPolicy before(seed, kindOf(seed));
     SmallPolicy after(seed, kindOf(seed));
@@ -67,7 +68,8 @@ void checkDiff(uint32_t seed, uint32_t& same) {
     for (const DecisionChange& change : diff.changes)
         told.emplace(nameOf(change.before), nameOf(change.after));
     if (diff.changed == 0) ++same;
-    const auto decisionsBefore = allDecisions(before.store(), options), decisionsAfter = allDecisions(after.store(), options);
+    const auto decisionsBefore = allDecisions(before.store(), options),
+               decisionsAfter = allDecisions(after.store(), options);
     for (const auto& [sender, decisions] : decisionsBefore) {
         const std::vector<std::string>& others = decisionsAfter.at(sender);
         for (size_t i = 0; i < decisions.size(); ++i) {

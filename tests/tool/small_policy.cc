@@ -44,7 +44,8 @@ std::string SmallPolicy::address() {
 std::string SmallPolicy::pattern() {
     if (upTo(3) == 0) return address();
     if (_isForeign && upTo(2) == 0)
-        return pick({"a*@*", "*a@*", "*@a*", "*@*.a.*", "*@b.*", "a@*b.b", "*@[a*]", "a", "", "**@a", "* @b", "a.*@*", "*@*.*"});
+        return pick({"a*@*", "*a@*", "*@a*", "*@*.a.*", "*@b.*", "a@*b.b", "*@[a*]", "a", "", "**@a", "* @b", "a.*@*",
+                     "*@*.*"});
     return pick({"*", "*@*", "a@*", "*@a", "*@b", "*@*.b", "a@*.b", "*@[*]", "*@a.b"});
 }
 
@@ -78,7 +79,8 @@ void SmallPolicy::fillList(const std::string& name) {
     image.push_back('\0');
     int result = ZXPOL_S_OK;
     const KeyHandle key = openRawKey(_store.key(), "AddressList\\" + name);
-    zxreg_setValue(key.get(), "address1", ZXREG_MULTI_STRING, image.data(), static_cast<uint32_t>(image.size()), &result);
+    zxreg_setValue(key.get(), "address1", ZXREG_MULTI_STRING, image.data(), static_cast<uint32_t>(image.size()),
+                   &result);
     require(result, "cannot fill a list");
 }
 
@@ -114,8 +116,9 @@ void SmallPolicy::makeRules(const std::string& parentKey, const RuleHandle& pare
 }
 
 std::vector<std::string> smallAddresses() {
-    std::vector<std::string> addresses{"",  "@",   "a",     "c",     "ab@a",  "aa@ab", "a.b@b",   "a.b.c@c", "c@b.b.b", "c@b.a",
-                                       " a@a", "\"a@b\"", "\"a@a\"@b", "c@[a]", "c@[ab]", "a@[a]", "c@[c.b", "c@a.a.a", "c@c.a.c", "b@b.c"};
+    std::vector<std::string> addresses{"",        "@",       "a",      "c",       "ab@a",    "aa@ab",     "a.b@b",
+                                       "a.b.c@c", "c@b.b.b", "c@b.a",  " a@a",    "\"a@b\"", "\"a@a\"@b", "c@[a]",
+                                       "c@[ab]",  "a@[a]",   "c@[c.b", "c@a.a.a", "c@c.a.c", "b@b.c"};
     for (const char* name : {"a", "b", "c"})
         for (const char* domain : {"a", "b", "c", "a.b", "b.b", "c.b"})
             addresses.push_back(std::string(name) + "@" + domain);

@@ -106,7 +106,7 @@ private:
         const std::vector<std::string> unknown = _app.remaining();
         if (hasNoCommand && !unknown.empty()) return "there is no command or option " + inQuotes(unknown.front());
         if (hasNoCommand && wrong.get_name() == "RequiredError")
-            return "a command is needed: apply, dump, match, refs or list";
+            return "a command is needed: apply, dump, match, refs, lint or list";
         return oneLine(wrong.what());
     }
 

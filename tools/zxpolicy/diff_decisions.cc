@@ -78,8 +78,9 @@ void printAddress(std::ostream& out, const char* side, const std::string& addres
 }
 
 void printChange(std::ostream& out, const DecisionChange& change, size_t width) {
-    printFolded(out, outcomeText(change.before) + " -> " + outcomeText(change.after) + ": " + grouped(change.count) +
-                         (change.count == 1 ? " kind of mails" : " kinds of mails"),
+    printFolded(out,
+                outcomeText(change.before) + " -> " + outcomeText(change.after) + ": " + grouped(change.count) +
+                    (change.count == 1 ? " kind of mails" : " kinds of mails"),
                 width, 2);
     if (change.before.tasks != change.after.tasks) {
         out << "  ";

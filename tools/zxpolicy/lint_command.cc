@@ -38,7 +38,8 @@ void printJson(std::ostream& out, const LintResult& result) {
                                    {"mail", mailJson(finding.mail)}}));
     Json rules = Json::array();
     for (const RuleReach& reach : result.reaches)
-        rules.add(Json::object({{"rule", reach.rule}, {"first", mailJson(reach.first)}, {"best", mailJson(reach.best)}}));
+        rules.add(
+            Json::object({{"rule", reach.rule}, {"first", mailJson(reach.first)}, {"best", mailJson(reach.best)}}));
     out << Json::object({{"version", kJsonVersion},
                          {"errors", uint64_t{countOf(result, Severity::Error)}},
                          {"warnings", uint64_t{countOf(result, Severity::Warning)}},
@@ -82,8 +83,8 @@ ExitStatus runLint(const LintOptions& options, std::ostream& out, std::ostream& 
         printJson(out, result);
     else
         printText(out, result);
-    const bool isBad = countOf(result, Severity::Error) != 0 ||
-                       (options.isStrict && countOf(result, Severity::Warning) != 0);
+    const bool isBad =
+        countOf(result, Severity::Error) != 0 || (options.isStrict && countOf(result, Severity::Warning) != 0);
     return isBad ? kAnswerIsNo : kSuccess;
 }
 

@@ -12,9 +12,9 @@ namespace tool {
 
 struct LintOptions {
     std::string store;
-    std::string policy;      // a store's location, or the path of a policy file; empty for the store
-    MatchOptions match;      // what best match compares
-    bool isStrict = false;   // warnings count as errors
+    std::string policy;     // a store's location, or the path of a policy file; empty for the store
+    MatchOptions match;     // what best match compares
+    bool isStrict = false;  // warnings count as errors
     OutputFormat format = OutputFormat::Text;
 };
 

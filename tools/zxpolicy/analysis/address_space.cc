@@ -187,9 +187,7 @@ private:
         struct Use {
             uint32_t other;
             MatchedTest matched;
-            bool operator<(const Use& b) const {
-                return other != b.other ? other < b.other : matched < b.matched;
-            }
+            bool operator<(const Use& b) const { return other != b.other ? other < b.other : matched < b.matched; }
             bool operator==(const Use& b) const { return other == b.other && matched == b.matched; }
         };
         const auto groupBy = [](std::vector<std::vector<Use>>& uses, std::vector<uint32_t>& groupOf) {
@@ -223,8 +221,7 @@ private:
         for (uint32_t name : nameGroups) {
             for (uint32_t domain : domainGroups) {
                 const auto found = _matrix.find(placeOf(name, domain));
-                if (found != _matrix.end())
-                    matched.insert(matched.end(), found->second.begin(), found->second.end());
+                if (found != _matrix.end()) matched.insert(matched.end(), found->second.begin(), found->second.end());
             }
         }
         return matched;
@@ -264,9 +261,7 @@ private:
         }
     }
 
-    bool isListed(const std::string& address) const {
-        return _space._plain.count(partsOf(address).sortKey) != 0;
-    }
+    bool isListed(const std::string& address) const { return _space._plain.count(partsOf(address).sortKey) != 0; }
 
     // An address with these parts that is in no list as it is. One with a blank at an end of its local part is the
     // same for all patterns, and another one for lists.

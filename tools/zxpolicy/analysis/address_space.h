@@ -26,17 +26,19 @@ struct MatchedTest {
 
 // All addresses that match the same tests with the same weights.
 struct AddressClass {
-    std::string witness;                // one of them
+    std::string witness;               // one of them
     std::vector<MatchedTest> matched;  // by test, ascending
 };
 
 /*
  * Tests of addresses: condition patterns, and lists of patterns and plain addresses. An address, whatever text it is,
- * is in one of the classes; only texts that hold a quote in their local part where no address can spell it are left out.
+ * is in one of the classes; only texts that hold a quote in their local part where no address can spell it are left
+ * out.
  *
  * What decides on an address is its local part, its domain, and the sort key by which lists find plain addresses. The
  * patterns tell finitely many local parts and domains apart (PartWords); those alike for all patterns are taken
- * together, and the classes are the pairs of them, the addresses that patterns or lists name in full counted one by one.
+ * together, and the classes are the pairs of them, the addresses that patterns or lists name in full counted one by
+ * one.
  */
 class AddressSpace {
 public:

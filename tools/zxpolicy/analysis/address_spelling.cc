@@ -30,9 +30,9 @@ std::vector<std::string> spellings(const std::string& name, const std::string& d
         }
     }
     // A blank is nothing that people see.
-    if (name.find(' ') != std::string::npos) std::stable_partition(texts.begin(), texts.end(), [&](const std::string& text) {
-        return !text.empty() && text.front() == '"';
-    });
+    if (name.find(' ') != std::string::npos)
+        std::stable_partition(texts.begin(), texts.end(),
+                              [&](const std::string& text) { return !text.empty() && text.front() == '"'; });
     std::vector<std::string> found;
     for (std::string& text : texts) {
         // What stands before the first colon is the kind of the address.

@@ -10,7 +10,8 @@ namespace tool {
 // A set of numbers below a size.
 class ClassBits {
 public:
-    explicit ClassBits(size_t size = 0, bool isFull = false) : _size(size), _words((size + 63) / 64, isFull ? ~uint64_t{0} : 0) {
+    explicit ClassBits(size_t size = 0, bool isFull = false)
+        : _size(size), _words((size + 63) / 64, isFull ? ~uint64_t{0} : 0) {
         if (isFull && size % 64 != 0) _words.back() = (uint64_t{1} << (size % 64)) - 1;
     }
 

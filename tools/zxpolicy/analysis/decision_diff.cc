@@ -17,7 +17,8 @@ namespace {
 // The outcomes of one policy by its decisions.
 class Outcomes {
 public:
-    Outcomes(const Store& store, const StoredRules& rules) : _rules(rules), _tasks(std::make_shared<RuleTasks>(store)) {}
+    Outcomes(const Store& store, const StoredRules& rules)
+        : _rules(rules), _tasks(std::make_shared<RuleTasks>(store)) {}
 
     const DecisionOutcome& of(uint32_t decision) {
         const auto found = _known.find(decision);
@@ -52,9 +53,15 @@ std::vector<std::string> matchedTexts(const SideClasses& side, size_t one) {
 class Comparison {
 public:
     Comparison(const Store& before, const Store& after, const MatchOptions& options, size_t samples)
-        : _before(before), _after(after), _options(options), _samples(samples), _beforeRules(readStoredRules(before)),
-          _afterRules(readStoredRules(after)), _space({&_beforeRules, &_afterRules}, options),
-          _beforeOutcomes(before, _beforeRules), _afterOutcomes(after, _afterRules) {}
+        : _before(before),
+          _after(after),
+          _options(options),
+          _samples(samples),
+          _beforeRules(readStoredRules(before)),
+          _afterRules(readStoredRules(after)),
+          _space({&_beforeRules, &_afterRules}, options),
+          _beforeOutcomes(before, _beforeRules),
+          _afterOutcomes(after, _afterRules) {}
 
     DecisionDiff run() {
         DecisionDiff diff;

@@ -34,13 +34,13 @@ struct MailKind {
 struct DecisionChange {
     DecisionOutcome before;
     DecisionOutcome after;
-    uint64_t count = 0;            // of the kinds of mails
+    uint64_t count = 0;           // of the kinds of mails
     std::vector<MailKind> kinds;  // the first of them
 };
 
 struct DecisionDiff {
-    uint64_t kinds = 0;    // of all mails
-    uint64_t changed = 0;  // of those that are decided differently
+    uint64_t kinds = 0;                   // of all mails
+    uint64_t changed = 0;                 // of those that are decided differently
     std::vector<DecisionChange> changes;  // those with the most kinds first
 };
 

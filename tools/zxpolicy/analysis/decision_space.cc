@@ -97,7 +97,10 @@ DecisionSpace::Checked DecisionSpace::check(uint32_t policy, uint32_t rule, size
 class DecisionSpace::FirstMatch {
 public:
     FirstMatch(const DecisionSpace& space, uint32_t policy, size_t sender)
-        : _space(space), _policy(policy), _sender(sender), _open(space.receivers().size(), true),
+        : _space(space),
+          _policy(policy),
+          _sender(sender),
+          _open(space.receivers().size(), true),
           _decisions(space.receivers().size(), kNoRule) {}
 
     std::vector<uint32_t> run() {

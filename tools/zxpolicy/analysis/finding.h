@@ -21,10 +21,10 @@ struct SampleMail {
 
 struct Finding {
     Severity severity;
-    const char* id;      // the same in every version
-    std::string place;   // what is concerned, such as "rule \Sales, condition 2"
-    std::string text;    // what is wrong with it, as a sentence without a full stop
-    std::string remedy;  // what to do
+    const char* id;                                 // the same in every version
+    std::string place;                              // what is concerned, such as "rule \Sales, condition 2"
+    std::string text;                               // what is wrong with it, as a sentence without a full stop
+    std::string remedy;                             // what to do
     std::vector<std::string> rules = {};            // the rules concerned, the one at fault first
     std::optional<SampleMail> mail = std::nullopt;  // one that shows it
 };

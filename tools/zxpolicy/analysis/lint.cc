@@ -6,9 +6,12 @@ namespace tool {
 
 const char* severityText(Severity severity) {
     switch (severity) {
-        case Severity::Error: return "error";
-        case Severity::Warning: return "warning";
-        case Severity::Note: break;
+        case Severity::Error:
+            return "error";
+        case Severity::Warning:
+            return "warning";
+        case Severity::Note:
+            break;
     }
     return "note";
 }
@@ -23,9 +26,12 @@ LintResult lintPolicy(const Store& store, const MatchOptions& options) {
         lintCoverage(space, result.findings);
         result.reaches = lintReach(store, space, options, result.findings);
     } catch (const AnalysisLimit& limit) {
-        result.findings.push_back({Severity::Warning, "undecided", "the rules",
+        result.findings.push_back({Severity::Warning,
+                                   "undecided",
+                                   "the rules",
                                    std::string("which mails get to them was not decided: ") + limit.what(),
-                                   "make the patterns fewer or plainer", {}});
+                                   "make the patterns fewer or plainer",
+                                   {}});
     }
     lintTasks(store, rules, result.reaches, result.findings);
     return result;

@@ -19,8 +19,11 @@ public:
     void run() {
         for (const StoredRule& rule : _stored.rules) {
             if (rule.conditions.empty())
-                _findings.push_back({Severity::Warning, "no-conditions", "rule " + oneLine(rule.path),
-                                     "it has no condition: no mail matches it", "add conditions, or delete the rule",
+                _findings.push_back({Severity::Warning,
+                                     "no-conditions",
+                                     "rule " + oneLine(rule.path),
+                                     "it has no condition: no mail matches it",
+                                     "add conditions, or delete the rule",
                                      {rule.path}});
             for (size_t i = 0; i < rule.conditions.size(); ++i)
                 lookAt(rule, i);
@@ -32,20 +35,26 @@ private:
         const StoredRule::Condition& condition = rule.conditions[number];
         const std::string place = conditionText(rule.path, number);
         if (condition.sender.empty() && condition.receiver.empty()) {
-            _findings.push_back({Severity::Error, "unreadable-condition", place,
+            _findings.push_back({Severity::Error,
+                                 "unreadable-condition",
+                                 place,
                                  "what is stored cannot be read as a condition, and matches empty addresses alone",
-                                 "delete it, and write it anew", {rule.path}});
+                                 "delete it, and write it anew",
+                                 {rule.path}});
             return;
         }
         lookAtSide(rule, place, "sender", condition.sender);
         lookAtSide(rule, place, "receiver", condition.receiver);
     }
 
-    void lookAtSide(const StoredRule& rule, const std::string& place, const std::string& side, const std::string& text) {
+    void lookAtSide(const StoredRule& rule, const std::string& place, const std::string& side,
+                    const std::string& text) {
         const std::optional<std::string> name = listAskedFor(text);
         if (name) return lookAtReference(rule, place, side, text, *name);
         if (ZxPolCondWildcardPattern::isPatternValid(text.c_str())) return;
-        _findings.push_back({Severity::Warning, "invalid-pattern", place,
+        _findings.push_back({Severity::Warning,
+                             "invalid-pattern",
+                             place,
                              "the " + side + " " + inQuotes(text) + " is no pattern that the library would take",
                              "correct it: an address, *, name@*, *@domain, or with *.domain or [*] for the domain",
                              {rule.path}});
@@ -53,31 +62,44 @@ private:
 
     void lookAtReference(const StoredRule& rule, const std::string& place, const std::string& side,
                          const std::string& text, const std::string& name) {
-        const std::string consequence =
-            rule.path == "\\" ? "; a mail that gets to this condition cannot be matched at all"
-                              : "; a mail that gets to this condition passes over the rule";
+        const std::string consequence = rule.path == "\\"
+                                            ? "; a mail that gets to this condition cannot be matched at all"
+                                            : "; a mail that gets to this condition passes over the rule";
         if (text.back() != ')' || text.size() < 3)
-            _findings.push_back({Severity::Warning, "invalid-pattern", place,
-                                 "the " + side + " " + inQuotes(text) + " is taken for a reference to " + listText(name),
-                                 "write the name of a list between parentheses", {rule.path}});
+            _findings.push_back(
+                {Severity::Warning,
+                 "invalid-pattern",
+                 place,
+                 "the " + side + " " + inQuotes(text) + " is taken for a reference to " + listText(name),
+                 "write the name of a list between parentheses",
+                 {rule.path}});
         const ConditionList& list = _stored.lists.at(name);
         if (list.isDirectory) {
-            _findings.push_back({Severity::Error, "directory-list", place,
+            _findings.push_back({Severity::Error,
+                                 "directory-list",
+                                 place,
                                  "the " + side + " names " + listText(name) +
                                      ", a directory list, which matching cannot look into" + consequence,
-                                 "name a list whose addresses are in the store", {rule.path}});
+                                 "name a list whose addresses are in the store",
+                                 {rule.path}});
         } else if (ZX_FAILURE(list.failure)) {
-            _findings.push_back({Severity::Error, "missing-list", place,
+            _findings.push_back({Severity::Error,
+                                 "missing-list",
+                                 place,
                                  "the " + side + " names " + listText(name) + ", which " +
                                      (hasReason(list.failure, kReasonNotFound)
                                           ? std::string("does not exist")
                                           : std::string("cannot be opened (") + resultName(list.failure) + ")") +
                                      consequence,
-                                 "make the list, or correct the name; letter case counts", {rule.path}});
+                                 "make the list, or correct the name; letter case counts",
+                                 {rule.path}});
         } else if (list.entries.empty() && _empty.insert(name).second) {
-            _findings.push_back({Severity::Warning, "empty-list", place,
+            _findings.push_back({Severity::Warning,
+                                 "empty-list",
+                                 place,
                                  "the " + side + " names " + listText(name) + ", which is empty and matches nothing",
-                                 "add addresses, or remove the condition", {rule.path}});
+                                 "add addresses, or remove the condition",
+                                 {rule.path}});
         }
     }
 

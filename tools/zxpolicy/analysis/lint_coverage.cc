@@ -61,11 +61,14 @@ private:
                 continue;
             if (other > index && covers(conditions[index], conditions[other])) continue;
             const bool isIdle = outweighs(conditions[other], conditions[index]);
-            _findings.push_back(
-                {isIdle ? Severity::Warning : Severity::Note, "covered-condition", conditionText(rule.path, index),
-                 "condition " + std::to_string(other + 1) + " of the rule matches every mail that it matches" +
-                     (isIdle ? "" : "; only in best match it makes the rule weigh more"),
-                 isIdle ? "remove it" : "remove it, unless best match is used and the weight is meant", {rule.path}});
+            _findings.push_back({isIdle ? Severity::Warning : Severity::Note,
+                                 "covered-condition",
+                                 conditionText(rule.path, index),
+                                 "condition " + std::to_string(other + 1) +
+                                     " of the rule matches every mail that it matches" +
+                                     (isIdle ? "" : "; only in best match it makes the rule weigh more"),
+                                 isIdle ? "remove it" : "remove it, unless best match is used and the weight is meant",
+                                 {rule.path}});
             return;
         }
     }
@@ -84,10 +87,14 @@ private:
             });
         });
         if (!outside) return;
-        _findings.push_back({Severity::Warning, "outside-parent", conditionText(rule.path, index),
+        _findings.push_back({Severity::Warning,
+                             "outside-parent",
+                             conditionText(rule.path, index),
                              "it matches mails that no condition of rule " + oneLine(parent.path) +
                                  " matches: first match gives them to this rule, best match does not",
-                             "narrow it, or widen the conditions above", {rule.path, parent.path}, outside});
+                             "narrow it, or widen the conditions above",
+                             {rule.path, parent.path},
+                             outside});
     }
 
     const DecisionSpace& _space;

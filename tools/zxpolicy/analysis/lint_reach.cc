@@ -32,7 +32,8 @@ public:
         std::vector<std::optional<SampleMail>> mails(_found.size());
         for (uint32_t rule = 0; rule < _found.size(); ++rule) {
             if (!_found[rule]) continue;
-            mails[rule] = {_space.senders().witness(_found[rule]->first), _space.receivers().witness(_found[rule]->second)};
+            mails[rule] = {_space.senders().witness(_found[rule]->first),
+                           _space.receivers().witness(_found[rule]->second)};
             confirm(matcher, rules()[rule].path, *mails[rule], findings);
         }
         return mails;
@@ -73,9 +74,13 @@ private:
             const bool isKnown = !findings.empty() && findings.back().id == std::string("failing-match") &&
                                  findings.back().rules.front() == rule;
             if (!isKnown)
-                findings.push_back({Severity::Error, "failing-match", "rule " + oneLine(rule),
+                findings.push_back({Severity::Error,
+                                    "failing-match",
+                                    "rule " + oneLine(rule),
                                     std::string("a mail that gets to it cannot be matched: ") + failure.what(),
-                                    "mend the rule, or its tasks, in the store", {rule}, mail});
+                                    "mend the rule, or its tasks, in the store",
+                                    {rule},
+                                    mail});
             return;
         }
         throw PolicyError("the library does not give a mail from " + inQuotes(mail.sender) + " to " +

@@ -58,7 +58,8 @@ public:
         }
         if (const std::string number = positions.doubled(); !number.empty())
             add(Severity::Warning, "doubled-position", what,
-                "more than one has position " + number + ", so that the order between them is the store's", kApply, rule);
+                "more than one has position " + number + ", so that the order between them is the store's", kApply,
+                rule);
         if (const std::string number = positions.gap(); !number.empty())
             add(Severity::Note, "position-gap", what, "none has position " + number, kApply, rule);
     }
@@ -72,13 +73,14 @@ public:
             if (!isNumbered(name, prefix)) continue;
             const std::string digits = name.substr(prefix.size());
             if (digits.empty() || digits.size() > 9)
-                add(Severity::Warning, "bad-number", what, "the value " + inQuotes(name) + " has no usable number", kApply,
-                    rule);
+                add(Severity::Warning, "bad-number", what, "the value " + inQuotes(name) + " has no usable number",
+                    kApply, rule);
             else
                 numbers.add(static_cast<uint32_t>(std::stoul(digits)));
         }
         if (const std::string number = numbers.doubled(); !number.empty())
-            add(Severity::Warning, "doubled-number", what, "number " + number + " is there more than once", kApply, rule);
+            add(Severity::Warning, "doubled-number", what, "number " + number + " is there more than once", kApply,
+                rule);
         if (const std::string number = numbers.gap(); !number.empty())
             add(Severity::Note, "number-gap", what, "number " + number + " is missing", kApply, rule);
     }
@@ -116,7 +118,8 @@ void lintStoredForms(const Store& store, const StoredRules& rules, std::vector<F
         forms.lookAtNumbers(rule.key + "\\inactive", "inactive", "the inactive marks of " + where, rule.path);
     }
     for (const std::string& name : readClassificationNames(store))
-        forms.lookAtPositions("Classification\\" + name + "\\actions", "the actions of " + classificationText(name), "");
+        forms.lookAtPositions("Classification\\" + name + "\\actions", "the actions of " + classificationText(name),
+                              "");
     for (const std::string& name : readListNames(store))
         forms.lookAtNumbers("AddressList\\" + name, "address", listText(name), "");
 }

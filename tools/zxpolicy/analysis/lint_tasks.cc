@@ -74,8 +74,8 @@ private:
         const std::set<std::string> known(names.begin(), names.end());
         for (const TaskFacts& task : _tasks) {
             const std::string own = task.name.substr(task.name.rfind('\\') + 1);
-            const KeyHandle outcomes = openRawKey(
-                _store.key(), _stored.rules[task.rule].key + "\\tasks\\" + own + "\\Classification");
+            const KeyHandle outcomes =
+                openRawKey(_store.key(), _stored.rules[task.rule].key + "\\tasks\\" + own + "\\Classification");
             if (!outcomes) continue;
             for (const RawValue& value : rawValues(outcomes.get())) {
                 if (!isText(value) || known.count(textOf(value)) != 0) continue;
@@ -104,7 +104,8 @@ private:
             const std::string what = "its inactive mark " + inQuotes(mark.task, 255);
             const char* remove = "remove the mark";
             if (task == _tasks.end())
-                add(Severity::Warning, "dead-mark", where, what + " names no task", "correct it, or remove it", {path(rule)});
+                add(Severity::Warning, "dead-mark", where, what + " names no task", "correct it, or remove it",
+                    {path(rule)});
             else if (!seen.insert(markKey(mark.task)).second)
                 add(Severity::Note, "idle-mark", where, what + " is there twice", remove, {path(rule)});
             else if (!task->isEnabled)
@@ -125,9 +126,7 @@ private:
 
     // ---- what comes of tasks ----
 
-    bool isReached(uint32_t rule) const {
-        return _reaches.empty() || _reaches[rule].first || _reaches[rule].best;
-    }
+    bool isReached(uint32_t rule) const { return _reaches.empty() || _reaches[rule].first || _reaches[rule].best; }
 
     bool isActiveIn(const RuleHiveHandle& hive, const TaskFacts& task, uint32_t matched) const {
         int result = ZXPOL_S_OK;
@@ -191,8 +190,8 @@ private:
             ZxPolFilterPriorityType type = ZXPOL_FILTER_ASC_EXCLUSIVE;
             zxpol_enumExclusiveFilterType(hive.get(), index, &filter, &type, &result);
             if (ZX_FAILURE(result)) return;
-            const bool isUsed = std::any_of(_tasks.begin(), _tasks.end(),
-                                            [&](const TaskFacts& task) { return task.filter == filter; });
+            const bool isUsed =
+                std::any_of(_tasks.begin(), _tasks.end(), [&](const TaskFacts& task) { return task.filter == filter; });
             if (!isUsed)
                 add(Severity::Note, "unused-filter", "exclusive filter " + std::to_string(filter),
                     "no task is of this filter type", "remove it, or give the tasks that are meant this type", {});

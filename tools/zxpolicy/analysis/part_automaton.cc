@@ -122,8 +122,8 @@ uint32_t PartAutomaton::addPieces(uint32_t from, const std::vector<std::string>&
 /*
  * Labels before the first wildcard segment are compared one by one. A wildcard segment takes one label and any number
  * of further ones. Labels behind the last wildcard segment are compared with the end of the text, whatever took them
- * before; the wildcard segments need a label of their own each and leave one at least, and there must be no fewer labels
- * than segments. That is three automata which must all accept.
+ * before; the wildcard segments need a label of their own each and leave one at least, and there must be no fewer
+ * labels than segments. That is three automata which must all accept.
  */
 void PartAutomaton::compile(const PartPattern& pattern) {
     const size_t first = _nodes.size();

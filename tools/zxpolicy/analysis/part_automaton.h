@@ -27,8 +27,8 @@ public:
     // The patterns stay the caller's. No text is longer than `maxLength`.
     PartAutomaton(std::vector<const PartPattern*> patterns, size_t maxLength);
 
-    // One text for each set of the patterns that some text matches exactly, texts in `avoided` left out, and blank ones.
-    // Throws an AnalysisLimit.
+    // One text for each set of the patterns that some text matches exactly, texts in `avoided` left out, and blank
+    // ones. Throws an AnalysisLimit.
     std::vector<std::string> findTexts(const std::set<std::string>& avoided) const;
 
 private:
@@ -53,7 +53,7 @@ private:
     std::vector<const PartPattern*> _patterns;
     size_t _maxLength;
     std::vector<std::vector<Edge>> _nodes;
-    std::vector<bool> _isWholeNode;  // nodes of patterns that dots do not divide
+    std::vector<bool> _isWholeNode;                 // nodes of patterns that dots do not divide
     std::vector<std::vector<uint32_t>> _accepting;  // by pattern: it matches where all of these are active
     std::vector<uint32_t> _starts;
     std::string _alphabet;

@@ -22,7 +22,9 @@ struct PartPattern {
     std::string text;      // in lower case, without blanks around it
 
     // Tells patterns of a part from each other.
-    std::string key() const { return std::string(1, static_cast<char>('0' + static_cast<int>(form))) + (isWhole ? '[' : '.') + text; }
+    std::string key() const {
+        return std::string(1, static_cast<char>('0' + static_cast<int>(form))) + (isWhole ? '[' : '.') + text;
+    }
 };
 
 // The pattern for the local part, or the domain, of a parsed pattern for addresses.

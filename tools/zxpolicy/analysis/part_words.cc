@@ -23,10 +23,20 @@ uint32_t PartWords::add(const PartPattern& pattern) {
             _literals.emplace(pattern.key(), number);
             _known.insert(pattern.text);
             break;
-        case PartPattern::Form::Suffix: _suffixes.emplace(pattern.text, number); break;
-        case PartPattern::Form::Brackets: _hasBrackets = true; _others.push_back(number); break;
-        case PartPattern::Form::Irregular: _hasIrregular = true; _others.push_back(number); break;
-        case PartPattern::Form::Everything: _others.push_back(number); break;
+        case PartPattern::Form::Suffix:
+            _suffixes.emplace(pattern.text, number);
+            break;
+        case PartPattern::Form::Brackets:
+            _hasBrackets = true;
+            _others.push_back(number);
+            break;
+        case PartPattern::Form::Irregular:
+            _hasIrregular = true;
+            _others.push_back(number);
+            break;
+        case PartPattern::Form::Everything:
+            _others.push_back(number);
+            break;
     }
     return number;
 }
@@ -44,7 +54,8 @@ std::vector<uint32_t> PartWords::patternsOf(const std::string& text) const {
         look(counted, false);
         look(whole, true);
     }
-    for (size_t dot = counted.find('.'); dot != std::string::npos && !_suffixes.empty(); dot = counted.find('.', dot + 1)) {
+    for (size_t dot = counted.find('.'); dot != std::string::npos && !_suffixes.empty();
+         dot = counted.find('.', dot + 1)) {
         const auto place = _suffixes.find(counted.substr(dot + 1));
         if (place != _suffixes.end()) found.push_back(place->second);
     }
@@ -101,7 +112,8 @@ void PartWords::addRegular(std::vector<PartWord>& words) const {
         if (!_hasBrackets) continue;
         addBetween("[", "." + suffix);
         std::string labels = "[";
-        for (auto count = std::count(suffix.begin(), suffix.end(), '.') + 2; count < static_cast<long>(kMaxLabels); ++count)
+        for (auto count = std::count(suffix.begin(), suffix.end(), '.') + 2; count < static_cast<long>(kMaxLabels);
+             ++count)
             labels += "x.";
         addBetween(labels, "." + suffix + ".]");
     }

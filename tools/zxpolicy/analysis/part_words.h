@@ -19,8 +19,8 @@ struct PartWord {
 };
 
 /*
- * The patterns for one part, local part or domain, each once. Its words are enough: every text matches the same patterns
- * as some word that is not known, or is known itself.
+ * The patterns for one part, local part or domain, each once. Its words are enough: every text matches the same
+ * patterns as some word that is not known, or is known itself.
  */
 class PartWords {
 public:

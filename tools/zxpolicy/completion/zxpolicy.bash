@@ -111,6 +111,7 @@ _zxpolicy() {
                 dump) options+=" --with-secrets" ;;
                 match) options+=" --sender --receiver --envelopes --best --priority --weight $report" ;;
                 "refs list" | "refs classification") options+=" $report" ;;
+                lint) options+=" --priority --weight --strict $report" ;;
                 list) options+=" --names $report" ;;
                 "list show") options+=" --order $report" ;;
                 "list check") options+=" --weight $report" ;;
@@ -123,8 +124,8 @@ _zxpolicy() {
     fi
 
     case $command in
-        "") _zxpolicy_offer "apply dump match refs list" ;;
-        apply) ((arguments > 0)) || _zxpolicy_files ;;
+        "") _zxpolicy_offer "apply dump match refs lint list" ;;
+        apply | lint) ((arguments > 0)) || _zxpolicy_files ;;
         refs) _zxpolicy_offer "list classification" ;;
         list) _zxpolicy_offer "show check add remove import export" ;;
         "refs list" | "list "*)
