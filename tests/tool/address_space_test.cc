@@ -9,6 +9,7 @@
 
 #include "../support/experiment.h"
 #include "addrlist/addr_cache.h"
+#include "analysis/part_automaton.h"
 #include "pattern/cond_wildcard_pattern.h"
 #include "pattern/priority.h"
 
@@ -191,6 +192,53 @@ void checkRandom(uint32_t seed, const std::vector<std::string>& addresses, bool 
         tests.addList(entries);
     }
     EXPECT_EQ(faultOf(tests, addresses), "") << "seed " << seed << tests.text();
+}
+
+std::vector<std::vector<MatchedTest>> matchedOf(Tests& tests) {
+    std::vector<std::vector<MatchedTest>> all;
+    for (const AddressClass& one : tests.classes())
+        all.push_back(one.matched);
+    return all;
+}
+
+// Labels beyond the fiftieth do not count for "*.b", and do for "[*]".
+TEST(AddressSpace, KnowsADomainLiteralWhoseFirstFiftyLabelsEndOtherwise) {
+    for (const char* other : {"*@*.b.c", "*@*.b*.c"}) {
+        Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+        tests.addPattern("*@[*]");
+        tests.addPattern(other);
+        EXPECT_EQ(faultOf(tests, {}), "");
+        EXPECT_EQ(matchedOf(tests).size(), 4U) << other;
+    }
+}
+
+TEST(AddressSpace, TellsAnAddressOfAListFromThePatternOfTheSameText) {
+    Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+    tests.addPattern("a@b");
+    tests.addList({"a@b"});
+    EXPECT_EQ(faultOf(tests, {"a@b", "\" a\"@b", "\"a@b\"", "c@b"}), "");
+    // Both; the pattern alone, with a blank that it does not see; the list alone, with quotes around the whole;
+    // neither.
+    EXPECT_EQ(matchedOf(tests).size(), 4U);
+}
+
+TEST(AddressSpace, GivesUpWherePatternsCombineInTooManyWays) {
+    Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+    for (char c = 'a'; c <= 'z'; ++c)
+        tests.addPattern(std::string("*") + c + "*@*");
+    EXPECT_THROW(tests.classes(), tool::AnalysisLimit);
+}
+
+TEST(AddressSpace, TakesManyPatternsOfTheUsualForms) {
+    Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+    std::vector<std::string> entries;
+    for (int i = 0; i < 20000; ++i)
+        entries.push_back((i % 2 == 0 ? "*@d" : "*@*.d") + std::to_string(i) + ".example");
+    tests.addList(entries);
+    for (int i = 0; i < 20000; ++i)
+        entries[static_cast<size_t>(i)] = "n" + std::to_string(i) + (i % 2 == 0 ? "@*" : "@e.example");
+    tests.addList(entries);
+    EXPECT_EQ(faultOf(tests, {"n0@d0.example", "x@x.d1.example", "n1@e.example", "x@x"}), "");
 }
 
 TEST(AddressSpace, HoldsEveryAddressOfASmallAlphabetForValidPatterns) {

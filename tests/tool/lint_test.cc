@@ -207,6 +207,13 @@ TEST_F(LintTest, FindsRulesWhoseMailsCannotBeMatched) {
     EXPECT_EQ(placesOf("failing-match"), Texts{"rule \\A"});
 }
 
+TEST_F(LintTest, SaysWhenThereAreTooManyWaysToMatch) {
+    apply(kTwoRules);
+    for (char c = 'a'; c <= 'z'; ++c)
+        writeText(kRuleA, "condition" + std::to_string(3 + c - 'a'), std::string("*") + c + "*@*,*");
+    EXPECT_EQ(placesOf("undecided"), Texts{"the rules"});
+}
+
 TEST_F(LintTest, CountsWarningsAsErrorsWhenStrict) {
     apply(policyWithRoot("  rules: [{name: A}]\n"));
     EXPECT_EQ(run({"lint"}).status, 0);

@@ -140,6 +140,7 @@ struct AddressSpace::Part {
 
     std::vector<uint32_t> groupsOf(const std::vector<uint32_t>& patterns) const {
         std::vector<uint32_t> groups;
+        groups.reserve(patterns.size());
         for (uint32_t pattern : patterns)
             groups.push_back(groupOf[pattern]);
         sortOnce(groups);

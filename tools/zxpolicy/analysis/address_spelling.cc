@@ -1,6 +1,6 @@
 #include "analysis/address_spelling.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "pattern/cond_wildcard_pattern.h"
 #include "pattern/rfc2822_checker.h"
@@ -19,26 +19,21 @@ AddressParts partsOf(const std::string& address) {
 }
 
 std::vector<std::string> spellings(const std::string& name, const std::string& domain) {
-    const std::string quoted = '"' + name + '"';
-    std::vector<std::string> texts;
-    for (const std::string& local : {name, quoted}) {
-        if (!domain.empty()) {
-            texts.push_back(local + "@" + domain);
-        } else {
-            texts.push_back(local);
-            texts.push_back(local + "@");
-        }
-    }
-    // A blank is nothing that people see.
-    if (name.find(' ') != std::string::npos)
-        std::stable_partition(texts.begin(), texts.end(),
-                              [&](const std::string& text) { return !text.empty() && text.front() == '"'; });
+    std::string quoted = "\"";
+    quoted.append(name).push_back('"');
+    std::vector<std::string> locals{name, std::move(quoted)};
+    // A blank without quotes around it is nothing that people see.
+    if (name.find(' ') != std::string::npos) std::swap(locals.front(), locals.back());
     std::vector<std::string> found;
-    for (std::string& text : texts) {
+    const auto addIfRight = [&](std::string text) {
         // What stands before the first colon is the kind of the address.
         if (text.find(':') != std::string::npos) text.insert(0, "smtp:");
         const AddressParts parts = partsOf(text);
         if (parts.name == name && parts.domain == domain) found.push_back(std::move(text));
+    };
+    for (const std::string& local : locals) {
+        if (domain.empty()) addIfRight(local);
+        addIfRight(std::string(local).append("@").append(domain));
     }
     return found;
 }

@@ -12,7 +12,7 @@ namespace tool {
 namespace {
 
 // The states that are looked at before an answer is given up.
-constexpr size_t kMaxStates = 200000;
+constexpr size_t kMaxStates = 50000;
 
 // The times that texts to be avoided are taken into the automaton.
 constexpr int kMaxRounds = 10;

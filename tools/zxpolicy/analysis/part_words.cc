@@ -81,7 +81,7 @@ std::vector<PartWord> PartWords::words() const {
 void PartWords::addFresh(std::vector<PartWord>& words, const std::string& before, const std::string& behind,
                          const std::vector<uint32_t>& wanted) const {
     const auto tryOne = [&](const std::string& middle) {
-        std::string text = before + middle + behind;
+        std::string text = std::string(before).append(middle).append(behind);
         if (text.size() > _maxLength || isKnown(text) || patternsOf(text) != wanted) return false;
         words.push_back({std::move(text), wanted, false});
         return true;
@@ -106,7 +106,7 @@ void PartWords::addRegular(std::vector<PartWord>& words) const {
     if (_hasBrackets) addFresh(words, "[", "]", _others);
     for (const auto& [suffix, number] : _suffixes) {
         const auto addBetween = [&](const std::string& before, const std::string& behind) {
-            addFresh(words, before, behind, patternsOf(before + kNewLabel + behind));
+            addFresh(words, before, behind, patternsOf(std::string(before).append(kNewLabel).append(behind)));
         };
         addBetween("", "." + suffix);
         if (!_hasBrackets) continue;
