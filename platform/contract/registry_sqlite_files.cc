@@ -27,6 +27,11 @@ protected:
         const Key root = openStore(location);
         EXPECT_GE(setText(createKey(root, "A"), "v", "x"), 0);
     }
+    // Lets the group of the worker, where that is another user, make log files beside the database.
+    void letTheWorkerIn() {
+        if (geteuid() == 0) EXPECT_EQ(chown(folder.path().c_str(), 0, 65534), 0);
+        EXPECT_EQ(chmod(folder.path().c_str(), 0775), 0);
+    }
     void runSql(const std::string& sql) {
         sqlite3* database = nullptr;
         ASSERT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
@@ -139,19 +144,20 @@ TEST_F(SqliteFiles, ALogWithoutItsDatabaseIsDamage) {
 // The worker takes another user's place where the tests run as the one user whom permissions do not stop.
 TEST_F(SqliteFiles, AFileThatMayNotBeReadIsNotPermitted) {
     makeStore();
-    EXPECT_EQ(chmod(folder.path().c_str(), 01777), 0);
+    letTheWorkerIn();
     EXPECT_EQ(chmod(path.c_str(), 0), 0);
-    Worker worker({"--uid", "65534", location});
+    Worker worker({"--uid", "65534", "--gid", "65534", location});
     EXPECT_EQ(worker.line(), "error 81021905");
     EXPECT_EQ(worker.wait(), 1);
 }
 
 TEST_F(SqliteFiles, AFileThatMayOnlyBeReadIsReadAndNotWritten) {
     makeStore();
-    EXPECT_EQ(chmod(folder.path().c_str(), 01777), 0);
+    letTheWorkerIn();
     EXPECT_EQ(chmod(path.c_str(), 0444), 0);
-    Worker worker({"--uid", "65534", location, "get", "A",     "v",      "set", "A", "v", "y",   "create", "A", "begin",
-                   "get",   "A",     "v",      "end", "begin", "secret", "A",   "p", "y", "end", "create", "B"});
+    Worker worker({"--uid", "65534", "--gid",  "65534",  location, "get",   "A",   "v",      "set",
+                   "A",     "v",     "y",      "create", "A",      "begin", "get", "A",      "v",
+                   "end",   "begin", "secret", "A",      "p",      "y",     "end", "create", "B"});
     for (const char* wanted : {"x", "error 81021905", "x", "error 81021905", "error 81021905", ""}) {
         EXPECT_EQ(worker.line(), wanted);
     }

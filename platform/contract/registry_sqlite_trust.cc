@@ -141,16 +141,28 @@ TEST_F(SqliteTrust, AKeyFileMayHaveASecondNameForAMoment) {
     remover.join();
 }
 
-TEST_F(SqliteTrust, AFolderThatEverybodyMayWriteToIsRefusedUnlessItIsSticky) {
-    setMode(folder.path(), 0777);
-    expectUnsafe(folder.path(), "chmod o-w " + folder.path());
+TEST_F(SqliteTrust, AFolderThatEverybodyMayWriteToIsRefused) {
+    // In a sticky one they may not take files away, but add a log that is believed.
+    for (const mode_t mode : {0777u, 01777u}) {
+        setMode(folder.path(), mode);
+        expectUnsafe(folder.path(), "chmod o-w " + folder.path());
+    }
     EXPECT_EQ(unlink(path.c_str()), 0);
     expectUnsafe(folder.path(), "chmod o-w");
     EXPECT_NE(access(path.c_str(), F_OK), 0);
-    for (const mode_t mode : {01777u, 0770u, 0755u}) {
+    for (const mode_t mode : {0770u, 0755u}) {
         setMode(folder.path(), mode);
         openStore(location);
     }
+}
+
+// Only root can give files away.
+TEST_F(SqliteTrust, AFolderOfSomebodyElseIsRefused) {
+    if (geteuid() != 0) return;
+    EXPECT_EQ(chown(folder.path().c_str(), somebodyElse, somebodyElse), 0);
+    expectUnsafe(folder.path(), "user 65534");
+    EXPECT_EQ(chown(folder.path().c_str(), 0, 0), 0);
+    expectGood();
 }
 
 // Only root can give files away.

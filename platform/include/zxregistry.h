@@ -213,9 +213,9 @@ ZXREG_API uint64_t zxreg_identity(_ZxPolComHandle* key, int* error);
  *
  * The database, its log files and the key file must be regular files that belong to root or to the
  * effective user and that nobody else may write to; the key file must have no other access than its
- * owner's, no second name, and be no symbolic link. The folder must not be writable by everybody, unless
- * it has the sticky bit; one that its group may write to is left to whoever made it so. Anything else is
- * UNSAFE, and zxreg_lastErrorText names the file and what mends it; but a PATH that is a folder or a
+ * owner's, no second name, and be no symbolic link. The folder must belong to root or to the effective user,
+ * too, and not be writable by everybody, sticky bit or not; one that its group may write to is left to whoever
+ * made it so. Anything else is UNSAFE, and zxreg_lastErrorText names the file and what mends it; but a PATH that is a folder or a
  * device is refused as what it is (PERMISSION, FOREIGN).
  *
  * Programs of several users share a store through the environment variable ZXREG_GROUP, the name or

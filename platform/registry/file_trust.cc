@@ -53,7 +53,7 @@ void checkOwner(const std::string& path, const struct stat& status, const std::o
     if (status.st_uid == 0 || status.st_uid == self || isOfGroup(status, group)) return;
     const std::string owner = std::to_string(status.st_uid);
     refuse(path, "it belongs to user " + owner + ", who is neither root nor the user of this program, " +
-                     std::to_string(self) + "; run the program as user " + owner + ", or chown the file");
+                     std::to_string(self) + "; run the program as user " + owner + ", or chown it");
 }
 
 // Access control lists need no look of their own: who has rights by them shows in the bits of the group.
@@ -76,15 +76,16 @@ void checkDatabaseFile(const std::string& path, const struct stat& status, const
     checkAccess(path, status, S_IWGRP | S_IWOTH, "go-w", group);
 }
 
-// Who may write to a folder can take files away and put others there. A folder that its group may write to is left to
-// whoever made it so: on many machines every user has a group of their own, and folders are made like that. The sticky
-// bit keeps people from each other's files.
-// But in a folder that hands its group on to new files that group says nothing about who made them.
-void checkFolder(const std::string& path) {
+// Who may write to a folder can take files away and put others there, its owner before all; where the sticky bit keeps
+// people from each other's files, they may still add those that SQLite takes for the database's own. A folder that its
+// group may write to is left to whoever made it so: on many machines every user has a group of their own, and folders
+// are made like that.
+void checkFolder(const std::string& path, const std::optional<gid_t>& group) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) throwFileFailure(path, "cannot be looked at", errno);
-    const bool isOpen = (status.st_mode & S_IWOTH) != 0 && ((status.st_mode & S_ISVTX) == 0 || sharingGroup());
-    if (isOpen) refuse(path, "everybody may remove and replace the files in this folder (chmod o-w " + path + ")");
+    checkOwner(path, status, group);
+    if ((status.st_mode & S_IWOTH) != 0)
+        refuse(path, "everybody may put files into this folder (chmod o-w " + path + ", or use a folder of your own)");
 }
 
 // Runs `check(path, status)` if there is such a file.
@@ -107,7 +108,7 @@ bool hasOtherNames(const std::string& path, struct stat status) {
 // What SQLite reads beside the database, and the key.
 void checkSurroundings(const std::string& path) {
     const std::optional<gid_t> group = sharingGroup();
-    checkFolder(folderOf(path));
+    checkFolder(folderOf(path), group);
     for (const char* suffix : {"-wal", "-shm", "-journal"}) {
         ifThere(path + suffix, [&](const std::string& name, const struct stat& status) {
             checkKind(name, status);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -139,12 +140,16 @@ void ZxPolNormalAddrList::_change(int* error, const std::function<void()>& body)
         // A change inside this one may leave the cache for another.
         const CacheList::Shared changing = _cache;
         try {
-            ListCache::Change change(*changing);
-            body();
-            int result = ZXPOL_S_OK;
-            const KeyState state = stateOf(_listKey(), &result);
-            // Without updates the state may be the work of somebody else, too.
-            if (succeeded(result) && canUpdate()) change.reached(state);
+            {
+                ListCache::Change change(*changing);
+                body();
+                int result = ZXPOL_S_OK;
+                const KeyState state = stateOf(_listKey(), &result);
+                // Without updates the state may be the work of somebody else, too; and a cache that was left does not
+                // follow.
+                if (succeeded(result) && canUpdate() && _cache == changing) change.reached(state);
+            }
+            // Others may write once the update has ended: from then on the stamp alone says what the cache mirrors.
             if (!update.end()) _doubt(*changing);
         } catch (...) {
             _doubt(*changing);

@@ -29,6 +29,7 @@ struct Books {
     bool failed = false;
     std::string failedCall;
     std::function<void(uint64_t)> watcher;
+    std::function<void()> endWatcher;
 };
 
 // Never destroyed: keys may be closed while the process ends.
@@ -90,6 +91,15 @@ bool enter(StoreOp op, _ZxPolComHandle* key, const char* name, int* error) {
     all.failedCall = std::string(nameOf(op)) + " " + text;
     if (error != nullptr) *error = all.plan.code;
     return true;
+}
+
+// Tells the watcher of ends that an update has ended, well or not.
+void noteEnd() {
+    if (storeDepth > 0 || countingDepth == 0 || isWatching || !books().endWatcher) return;
+    const InBooks bookkeeping;
+    isWatching = true;
+    books().endWatcher();
+    isWatching = false;
 }
 
 // Tells the watcher of a counted call that wrote.
@@ -190,6 +200,10 @@ uint64_t countedStoreCalls() {
 
 void watchStore(std::function<void(uint64_t call)> watcher) {
     books().watcher = std::move(watcher);
+}
+
+void watchUpdateEnds(std::function<void()> watcher) {
+    books().endWatcher = std::move(watcher);
 }
 
 CountedCalls::CountedCalls() {
@@ -324,14 +338,19 @@ void zxreg_endUpdate(_ZxPolComHandle* key, int* error) {
     ZX_REAL(zxreg_endUpdate);
     if (enter(StoreOp::endUpdate, key, "", error)) {
         noteUpdate(-1);
-        InStore inside;
-        int result = 0;
-        real<decltype(zxreg_cancelUpdate)>("zxreg_cancelUpdate")(key, &result);
-        return;
+        {
+            InStore inside;
+            int result = 0;
+            real<decltype(zxreg_cancelUpdate)>("zxreg_cancelUpdate")(key, &result);
+        }
+        return noteEnd();
     }
     noteUpdate(-1);
-    InStore inside;
-    forward(key, error);
+    {
+        InStore inside;
+        forward(key, error);
+    }
+    noteEnd();
 }
 
 void zxreg_cancelUpdate(_ZxPolComHandle* key, int* error) {

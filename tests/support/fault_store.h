@@ -60,6 +60,9 @@ uint64_t countedStoreCalls();
 // store: what it calls itself is not counted.
 void watchStore(std::function<void(uint64_t call)> watcher);
 
+// Has `watcher` called after each counted call that ends an update, well or not, before it returns; null: nobody.
+void watchUpdateEnds(std::function<void()> watcher);
+
 // As long as one of these lives, the calls of its thread are counted, and the planned one fails.
 class CountedCalls {
 public:
