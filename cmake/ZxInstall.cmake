@@ -29,8 +29,8 @@ if(ZX_BUILD_TOOL)
 endif()
 
 # Headers: the flat interface and the host's contracts as they are, the classes below zxpolicy/.
-install(FILES ${PROJECT_SOURCE_DIR}/include/zxpolicy.h ${PROJECT_SOURCE_DIR}/platform/include/zxregistry.h
-  ${PROJECT_SOURCE_DIR}/platform/include/zxbase.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(FILES ${PROJECT_SOURCE_DIR}/include/zxpolicy.h ${PROJECT_SOURCE_DIR}/include/zxpolicy_explain.h
+  ${PROJECT_SOURCE_DIR}/platform/include/zxregistry.h ${PROJECT_SOURCE_DIR}/platform/include/zxbase.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(CODE "
   set(ZX_SOURCES \"${PROJECT_SOURCE_DIR}/src\")
   set(ZX_STAGE \"${PROJECT_BINARY_DIR}/class_headers\")

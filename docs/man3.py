@@ -156,7 +156,7 @@ class Family:
         names = ', '.join([self.page] + [function.name for function in self.functions])
         found = ['.SH NAME', f'{escape(names, True)} \\- {escape(self.brief[0].lower() + self.brief[1:])}']
         found += ['.SH LIBRARY', f'Mail-filtering policy ({LIBRARY}, \\-lzxpolicy)']
-        found += ['.SH SYNOPSIS', '.nf', '\\fB#include <zxpolicy.h>\\fP']
+        found += ['.SH SYNOPSIS', '.nf', f'\\fB#include <{self._header()}>\\fP']
         for function in self.functions:
             found += ['.P'] + function.synopsis()
         found += ['.fi', '.SH DESCRIPTION']
@@ -169,6 +169,10 @@ class Family:
         found += ['.SH SEE ALSO'] + see_also(page for page in [OVERVIEW] + [f.page for f in families]
                                              if page != self.page)
         return found
+
+    def _header(self):
+        place = self.compound.find("sectiondef/memberdef[@kind='function']/location")
+        return os.path.basename(place.get('file'))
 
     def _records(self):
         found = []

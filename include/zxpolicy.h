@@ -82,6 +82,7 @@
  * - @ref rule_hive "Rule hive": the tree of rules, and the exclusive filter types
  * - @ref rule "Rules", with their @ref condition "Conditions" and @ref task "Tasks"
  * - @ref match "Matching": which rule applies to each receiver of a mail
+ * - @ref explain "Explanations" (zxpolicy_explain.h): each step of a match, and why its answer is what it is
  * - @ref address_list "Address lists", which conditions refer to
  * - @ref classification "Classifications", which outcomes of tasks refer to, and their actions
  * - @ref reference "References": which rule refers to a list or a classification

@@ -29,7 +29,8 @@ protected:
     }
     // Lets the group of the worker, where that is another user, make log files beside the database.
     void letTheWorkerIn() {
-        if (geteuid() == 0) EXPECT_EQ(chown(folder.path().c_str(), 0, 65534), 0);
+        const gid_t group = geteuid() == 0 ? 65534 : getegid();
+        EXPECT_EQ(chown(folder.path().c_str(), geteuid(), group), 0);
         EXPECT_EQ(chmod(folder.path().c_str(), 0775), 0);
     }
     void runSql(const std::string& sql) {

@@ -67,8 +67,9 @@ void ZxPolRuleMatcher::_findBestChild(ZxPolRule& rule, std::string& path, const 
     for (uint32_t index = 0; !best.isUnbeatable; ++index) {
         std::unique_ptr<ZxPolRule> child;
         const ChildStep step = openChild(rule, index, path, child, error);
-        if (step == ChildStep::failed) return;
         if (step == ChildStep::ended) break;
+        if (step != ChildStep::opened) _tellPassedOver(path.c_str(), *error);
+        if (step == ChildStep::failed) return;
         ZxPolPriority priority;
         if (step == ChildStep::opened) {
             ZXPOL_DEBUG(2, "Checking rule %s", path.c_str());
@@ -90,14 +91,23 @@ void ZxPolRuleMatcher::_takeIfBetter(std::unique_ptr<ZxPolRule> child, const std
     ZXPOL_DEBUG(2, "Matched in rule %s, checking its priority-(%d, %d) with previous matched priority-(%d, %d)",
                 path.c_str(), static_cast<int>(priority.senderWeight()), static_cast<int>(priority.receiverWeight()),
                 static_cast<int>(best.priority.senderWeight()), static_cast<int>(best.priority.receiverWeight()));
+    ZxPolMatchFate fate = ZXPOL_FATE_NOT_BETTER;
     if (_isUnbeatable(priority)) {
         ZXPOL_DEBUG(2, "Sender and Receiver are both fully qualified in rule %s", path.c_str());
-        best.isUnbeatable = true;
+        fate = ZXPOL_FATE_UNBEATABLE;
     } else if (best.rule == nullptr || priority.compare(best.priority, _priorityType()) > 0) {
         ZXPOL_DEBUG(2, "Rule %s has higher priority", path.c_str());
-    } else {
-        return;
+        fate = ZXPOL_FATE_BETTER;
     }
+    _tell(ZXPOL_STEP_CHOICE, [&](_ZxPolMatchStep& step) {
+        step.rulePath = path.c_str();
+        step.fate = fate;
+        step.senderWeight = priority.senderWeight();
+        step.receiverWeight = priority.receiverWeight();
+        step.otherPath = best.rule != nullptr ? best.path.c_str() : nullptr;
+    });
+    if (fate == ZXPOL_FATE_NOT_BETTER) return;
+    best.isUnbeatable = fate == ZXPOL_FATE_UNBEATABLE;
     best.path = path;
     best.priority = priority;
     best.rule = std::move(child);

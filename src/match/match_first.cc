@@ -31,8 +31,9 @@ bool ZxPolRuleMatcher::_walkFirst(ZxPolRule& rule, std::string& path, const Mail
     for (uint32_t index = 0;; ++index) {
         std::unique_ptr<ZxPolRule> child;
         const ChildStep step = openChild(rule, index, path, child, error);
-        if (step == ChildStep::failed) return false;
         if (step == ChildStep::ended) break;
+        if (step != ChildStep::opened) _tellPassedOver(path.c_str(), *error);
+        if (step == ChildStep::failed) return false;
         const bool isMatched = step == ChildStep::opened && _walkFirst(*child, path, mail, error);
         path.resize(length);
         if (step == ChildStep::opened && (isMatched || failed(*error))) return isMatched;

@@ -51,12 +51,10 @@ ZxPolRuleMatcher::ZxPolRuleMatcher(ZxPolAddrListHive* addrListHive, ZxPolRuleHiv
     : _addrListHive(addrListHive), _ruleHive(ruleHive), _option(option != nullptr ? *option : mGlobalOption) {
     if (_option.matchMode != 0) {
         ZXPOL_DEBUG(2, "Using Best match.");
-        _walk = &ZxPolRuleMatcher::matchInRuleTreeBest;
     } else {
         ZXPOL_DEBUG(2, "Using First match.");
-        _walk = &ZxPolRuleMatcher::matchInRuleTreeFirst;
     }
-    _excluTable = readExcluTable(*_ruleHive);
+    _excluTable = readExcluTable(*_ruleHive, &_excluResult);
 }
 
 ZxPolRuleMatcher::~ZxPolRuleMatcher() = default;
@@ -70,6 +68,7 @@ bool ZxPolRuleMatcher::match(const char* sender, const char** receivers, _ZxPolM
     }
     *pairs = nullptr;
     *count = 0;
+    if (!isEnd(_excluResult)) _tellPassedOver(nullptr, _excluResult);
     MatchedRules matched;
     _groupReceivers(sender, receivers, matched, error);
     if (failed(*error)) return false;
@@ -90,16 +89,42 @@ void ZxPolRuleMatcher::freeMatchPair(_ZxPolMatchPair* pairs, uint32_t count, int
     freePairs(pairs, count);
 }
 
+// The walk that the options ask for, from the root.
+bool ZxPolRuleMatcher::_walk(ZxPolRule& root, const char* sender, const char* receiver, std::string& matchedPath,
+                             int* error) {
+    return _option.matchMode != 0 ? matchInRuleTreeBest(&root, kRootPath, sender, receiver, matchedPath, error)
+                                  : matchInRuleTreeFirst(&root, kRootPath, sender, receiver, matchedPath, error);
+}
+
 // Walks the tree for each receiver and notes the rules found.
 void ZxPolRuleMatcher::_groupReceivers(const char* sender, const char** receivers, MatchedRules& matched, int* error) {
     const std::unique_ptr<ZxPolRule> root(_ruleHive->openRootRule(error));
     if (failed(*error)) return;
     std::string matchedPath;
-    for (; *receivers != nullptr; ++receivers) {
-        const bool isMatched = (this->*_walk)(root.get(), kRootPath, sender, *receivers, matchedPath, error);
+    for (uint32_t index = 0; receivers[index] != nullptr; ++index) {
+        const char* receiver = receivers[index];
+        const auto nameReceiver = [&](_ZxPolMatchStep& step) {
+            step.receiver = receiver;
+            step.receiverIndex = index;
+        };
+        _tell(ZXPOL_STEP_RECEIVER, nameReceiver);
+        const bool isMatched = _walk(*root, sender, receiver, matchedPath, error) && succeeded(*error);
+        _tell(ZXPOL_STEP_RECEIVER_DECIDED, [&](_ZxPolMatchStep& step) {
+            nameReceiver(step);
+            step.isMatched = isMatched ? 1 : 0;
+            step.rulePath = isMatched ? matchedPath.c_str() : nullptr;
+            step.result = *error;
+        });
         if (failed(*error)) return;
-        if (isMatched) matched.add(matchedPath, *receivers);
+        if (isMatched) matched.add(matchedPath, receiver);
     }
+}
+
+void ZxPolRuleMatcher::_tellPassedOver(const char* rulePath, int result) const {
+    _tell(ZXPOL_STEP_PASSED_OVER, [&](_ZxPolMatchStep& step) {
+        step.rulePath = rulePath;
+        step.result = result;
+    });
 }
 
 // Makes the record of one matched rule.
@@ -107,6 +132,7 @@ void ZxPolRuleMatcher::_fillPair(size_t index, const _PrivMatchPair& matched, Ma
     const char* path = matched.rulePath.c_str();
     const std::unique_ptr<ZxPolRule> rule(_ruleHive->openRuleByFullPath(path, error));
     if (failed(*error)) return;
+    _tell(ZXPOL_STEP_COLLECTION, [&](_ZxPolMatchStep& step) { step.rulePath = path; });
     TaskList tasks;
     const TableReset reset(*this);
     _collectTasks(*rule, matched.rulePath, tasks, error);

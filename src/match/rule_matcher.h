@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "match/match_observer.h"
 #include "match/match_pair.h"
 #include "match/task_collection.h"
 #include "pattern/priority.h"
@@ -21,6 +22,8 @@ class ZxPolRuleHive;
  * Each receiver walks the tree of rules by itself. First match takes the first rule that applies, a rule's children
  * before the rule. Best match goes from the root down into the best matching child of each level. Whether a rule
  * applies is for matchInThisRule alone to say: the walks know nothing of conditions.
+ *
+ * An observer is told each step as it is taken; it has no part in any decision, and without one nothing is made for it.
  *
  * Invariants: the options and the set of exclusive filter types are those that the matcher was made with; between calls
  * of match no task holds a filter.
@@ -46,6 +49,9 @@ public:
     ~ZxPolRuleMatcher();
     ZxPolRuleMatcher(const ZxPolRuleMatcher&) = delete;
     ZxPolRuleMatcher& operator=(const ZxPolRuleMatcher&) = delete;
+
+    /// Tells the steps of what is matched from now on to `observer`, which is borrowed; null for nobody.
+    void setObserver(ZxPolMatchObserver* observer) { _observer = observer; }
 
     /// Whether the arguments of `match` are all there.
     static bool isComplete(const char* sender, const char** receivers, _ZxPolMatchPair** pairs, const uint32_t* count) {
@@ -103,17 +109,19 @@ public:
     void _resetExcluTable();
 
 private:
-    using TreeWalk = bool (ZxPolRuleMatcher::*)(ZxPolRule*, const char*, const char*, const char*, std::string&, int*);
     struct Mail;
     struct Candidate;
+    struct Comparison;
 
     ZxPolMatchPriorityType _priorityType() const { return static_cast<ZxPolMatchPriorityType>(_option.priorityType); }
     ZxPolMatchWeightType _weightType() const { return static_cast<ZxPolMatchWeightType>(_option.weightType); }
 
+    bool _walk(ZxPolRule& root, const char* sender, const char* receiver, std::string& matchedPath, int* error);
     void _groupReceivers(const char* sender, const char** receivers, zxpol::MatchedRules& matched, int* error);
     void _fillPair(size_t index, const zxpol::_PrivMatchPair& matched, zxpol::MatchPairs& pairs, int* error);
     bool _collectTask(ZxPolRule& matchedRule, ZxPolRule& ownRule, const char* rulePath, uint32_t index,
                       zxpol::TaskList& tasks, int* error);
+    bool _isActive(ZxPolRule& rule, const std::string& taskPath, char* mark) const;
 
     bool _walkFirst(ZxPolRule& rule, std::string& path, const Mail& mail, int* error);
     bool _checkFirst(ZxPolRule& rule, const std::string& path, const Mail& mail, int* error);
@@ -124,14 +132,32 @@ private:
                        Candidate& best) const;
     bool _isUnbeatable(const ZxPolPriority& priority) const;
 
-    bool _matchPair(const _ZxPolAddrPairCond& pair, const char* sender, const char* receiver, ZxPolPriority* priority,
-                    int* error);
-    bool _compareWithList(const char* address, const char* reference, uint32_t* weight, int* error);
+    bool _matchPair(const Comparison& comparison, ZxPolPriority* priority, int* error);
+    bool _matchSide(const Comparison& comparison, ZxPolMatchSide side, uint32_t* weight, int* error);
+    bool _matchObservedSide(const Comparison& comparison, ZxPolMatchSide side, uint32_t* weight, int* error);
+    bool _compare(const char* address, const char* pattern, uint32_t* weight, std::string* entry, int* error);
+    bool _compareWithList(const char* address, const char* reference, uint32_t* weight, std::string* entry, int* error);
     bool _compareWithPattern(const char* address, const char* pattern, uint32_t* weight);
+
+    // Tells the observer, if there is one, of a step whose fields `fill` sets.
+    template <class Fill>
+    void _tell(ZxPolMatchStepKind kind, Fill fill) const {
+        if (_observer != nullptr) _tellStep(kind, fill);
+    }
+    // Not inlined: steps must not be in the frames of the walks.
+    template <class Fill>
+    __attribute__((noinline, cold)) void _tellStep(ZxPolMatchStepKind kind, Fill fill) const {
+        _ZxPolMatchStep step{};
+        step.kind = kind;
+        fill(step);
+        _observer->onStep(step);
+    }
+    void _tellPassedOver(const char* rulePath, int result) const;
 
     zxpol::ExcluTable _excluTable;
     ZxPolAddrListHive* _addrListHive;
     ZxPolRuleHive* _ruleHive;
-    TreeWalk _walk;
+    ZxPolMatchObserver* _observer = nullptr;
     _ZxPolMatchOption _option;
+    int _excluResult = ZXPOL_S_OK;  // with which the reading of the exclusive filter types ended
 };

@@ -9,7 +9,7 @@
 #include <unordered_map>
 
 #include "rules/task.h"
-#include "zxpolicy.h"
+#include "zxpolicy_explain.h"
 
 class ZxPolRule;
 class ZxPolRuleHive;
@@ -40,8 +40,24 @@ struct _ExcluFilterField {
 using ExcluTable = std::unordered_map<uint32_t, _ExcluFilterField>;
 
 // Reads the exclusive filter types of a hive, up to the first failure, whatever it is. Of a type that is there twice
-// the first counts.
-ExcluTable readExcluTable(ZxPolRuleHive& hive);
+// the first counts. That failure goes to *result, where it is not null.
+ExcluTable readExcluTable(ZxPolRuleHive& hive, int* result = nullptr);
+
+// What is to become of a task by its filter.
+struct Admission {
+    ZxPolMatchFate fate;       // taken, replaces or held
+    _ExcluFilterField* field;  // of the filter type; null for one that is not exclusive
+
+    // The full name of the task that holds the filter; null when none does.
+    const char* holder() const {
+        return field != nullptr && field->position ? (*field->position)->path.c_str() : nullptr;
+    }
+};
+
+Admission admissionOf(ExcluTable& table, uint32_t filter);
+
+// Does with a task what its admission says.
+void pushTask(TaskList& tasks, const Admission& admission, _TaskListEntry entry);
 
 // Puts a task into the list, unless another task of its exclusive filter type keeps it out or is replaced by it.
 void pushTask(TaskList& tasks, ExcluTable& table, _TaskListEntry entry, uint32_t filter);

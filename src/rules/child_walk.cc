@@ -6,6 +6,10 @@
 
 namespace zxpol {
 
+const char* pathOf(const ZxPolRule& rule) {
+    return rule.name().empty() ? kRootPath : rule.name().c_str();
+}
+
 __attribute__((noinline)) ChildStep openChild(ZxPolRule& rule, uint32_t index, std::string& path,
                                               std::unique_ptr<ZxPolRule>& child, int* error) {
     char name[kNameSize];

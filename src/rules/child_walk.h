@@ -12,6 +12,9 @@ namespace zxpol {
 // The path of the root rule.
 constexpr const char* kRootPath = "\\";
 
+// The path of a rule, as walks say it.
+const char* pathOf(const ZxPolRule& rule);
+
 enum class ChildStep {
     opened,    // the child is open
     unopened,  // there is a child, but it cannot be opened

@@ -130,6 +130,9 @@ public:
     /// cannot be read, with the failure in *error. False and ZXPOL_E_INVALID_ARG: null, empty or longer than 255.
     bool isTaskActive(const char* taskFullName, int* error, char* valueName);
 
+    /// The same; where there is a mark, its text is copied to `mark` (256 bytes, may be null), too.
+    bool isTaskActive(const char* taskFullName, int* error, char* valueName, char* mark);
+
     /// The texts of the marks as they were when the object was made or they were last loaded.
     const std::list<std::string>& inactiveTasks() const { return _inactiveTasks; }
 

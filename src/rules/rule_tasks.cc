@@ -36,9 +36,11 @@ bool areSameTask(const char* a, const char* b) {
     return hasOneBackslash && length == significantLength(b) && kr_strnicmp(a, b, length) == 0;
 }
 
-// Looks among the marks for that of a task and copies the name of its value to `valueName` (256 bytes). False
-// with success when there is none. The buffers are out of the way of walks down the tree.
-__attribute__((noinline)) bool findMark(_ZxPolComHandle* marks, const char* taskFullName, char* valueName, int* error) {
+// Looks among the marks for that of a task and copies the name of its value to `valueName` and its text to `mark` (256
+// bytes each; `mark` may be null). False with success when there is none. The buffers are out of the way of walks down
+// the tree.
+__attribute__((noinline)) bool findMark(_ZxPolComHandle* marks, const char* taskFullName, char* valueName, char* mark,
+                                        int* error) {
     ZxPolMultiValue names(marks, kMarkValue);
     char text[ZXPOL_NAME_SIZE];
     for (uint32_t index = 0;; ++index) {
@@ -50,6 +52,7 @@ __attribute__((noinline)) bool findMark(_ZxPolComHandle* marks, const char* task
         if (areSameTask(text, taskFullName)) break;
     }
     const bool isFound = succeeded(*error);
+    if (isFound && mark != nullptr) std::memcpy(mark, text, sizeof text);
     // Names that could not be read to their end are not all there are: the mark may be behind them.
     if (isFound || isEnd(*error)) *error = isFound ? ZXPOL_S_OK : names.result();
     return isFound;
@@ -130,6 +133,10 @@ void ZxPolRule::setTaskOrder(const char* taskName, uint32_t position, int* error
 // ---- marks ----------------------------------------------------------------------------------------------
 
 bool ZxPolRule::isTaskActive(const char* taskFullName, int* error, char* valueName) {
+    return isTaskActive(taskFullName, error, valueName, nullptr);
+}
+
+bool ZxPolRule::isTaskActive(const char* taskFullName, int* error, char* valueName, char* mark) {
     if (error == nullptr) return false;
     if (!isFullName(taskFullName)) {
         *error = ZXPOL_E_INVALID_ARG;
@@ -138,7 +145,7 @@ bool ZxPolRule::isTaskActive(const char* taskFullName, int* error, char* valueNa
     const StoreKey marks = StoreKey::open(_key.get(), kMarksKey, error);
     if (!marks) return true;
     char found[kNameSize];
-    if (!findMark(marks.get(), taskFullName, found, error)) return true;
+    if (!findMark(marks.get(), taskFullName, found, mark, error)) return true;
     if (valueName != nullptr) std::memcpy(valueName, found, sizeof found);
     return false;
 }

@@ -3,7 +3,7 @@
 #include <stdint.h>
 
 #include "c_driver.h"
-#include "zxpolicy.h"
+#include "zxpolicy_explain.h"
 
 #define POINTER sizeof(void*)
 #define SIZE_IS(type, size) _Static_assert(sizeof(type) == (size), "size of " #type)
@@ -73,6 +73,26 @@ FIELD_AT(_ZxPolMatchPair, tasks, POINTER);
 FIELD_AT(_ZxPolMatchPair, taskCount, 2 * POINTER);
 FIELD_AT(_ZxPolMatchPair, rulePath, 3 * POINTER);
 
+SIZE_IS(_ZxPolMatchStep, 52 + 4 * (POINTER / 8) + 9 * POINTER);
+FIELD_AT(_ZxPolMatchStep, kind, 0);
+FIELD_AT(_ZxPolMatchStep, fate, 4);
+FIELD_AT(_ZxPolMatchStep, side, 8);
+FIELD_AT(_ZxPolMatchStep, isMatched, 12);
+FIELD_AT(_ZxPolMatchStep, result, 16);
+FIELD_AT(_ZxPolMatchStep, receiverIndex, 20);
+FIELD_AT(_ZxPolMatchStep, conditionIndex, 24);
+FIELD_AT(_ZxPolMatchStep, weight, 28);
+FIELD_AT(_ZxPolMatchStep, senderWeight, 32);
+FIELD_AT(_ZxPolMatchStep, receiverWeight, 36);
+FIELD_AT(_ZxPolMatchStep, filter, 40);
+FIELD_AT(_ZxPolMatchStep, enable, 44);
+FIELD_AT(_ZxPolMatchStep, overridable, 48);
+FIELD_AT(_ZxPolMatchStep, receiver, 52 + 4 * (POINTER / 8));
+FIELD_AT(_ZxPolMatchStep, markRule, 52 + 4 * (POINTER / 8) + 8 * POINTER);
+
+SIZE_IS(ZxPolMatchStepKind, 4);
+SIZE_IS(ZxPolMatchSide, 4);
+SIZE_IS(ZxPolMatchFate, 4);
 SIZE_IS(ZxPolCondCheck, 4);
 SIZE_IS(ZxPolFilterPriorityType, 4);
 SIZE_IS(ZxPolMatchPriorityType, 4);

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Checks section 3 of the manual: a page for every function, which holds all that the header says of it, and no page
+"""Checks section 3 of the manual: a page for every function, which holds all that its header says of it, and no page
 that the formatter warns of.
 
-usage: check_man3.py FUNCTION-TABLE HEADER FOLDER-OF-MAN3
+usage: check_man3.py FUNCTION-TABLE FOLDER-OF-MAN3 HEADER...
 """
 import os
 import re
@@ -65,9 +65,9 @@ def section(page, function):
 
 
 def main():
-    table, header, folder = sys.argv[1:]
+    table, folder, *headers = sys.argv[1:]
     families = dict(re.findall(r'^ZXPOL_FUNCTION\((\w+), \w+, (\w+)\)', read(table), flags=re.M))
-    documented = comments(read(header))
+    documented = comments(''.join(read(header) for header in headers))
     files = {name[:-2] for name in os.listdir(folder)}
     pages = {name: rendered(os.path.join(folder, f'{name}.3')) for name in files if name.startswith(OVERVIEW)}
     if len(families) < 80 or len(pages) != len(set(families.values())) + 1:

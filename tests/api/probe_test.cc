@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "zxpolicy.h"
+#include "zxpolicy_explain.h"
 
 namespace {
 

@@ -19,7 +19,7 @@ TARGET = ROOT / "docs" / "functions.md"
 COMMAND = "tests/docs/function_table.py --write"
 HEADER = f"""# Functions
 
-Each function of `include/zxpolicy.h`: its family, the kind of handle that it takes first, and the test suites that
+Each function of `include/zxpolicy.h` and `include/zxpolicy_explain.h`: its family, the kind of handle that it takes first, and the test suites that
 call it, by folder of `tests/`. A suite calls a function when the body of one of its tests does, or a helper, fixture
 or table of the same file that the test uses. This file is made by a script. After a change make it anew:
 

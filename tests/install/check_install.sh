@@ -81,7 +81,7 @@ check_tree() {
 # check_headers: all headers compile together in every language that they are for, and each by itself.
 check_headers() {
     cd "$prefix/include" || exit
-    local headers c_headers=(zxpolicy.h zxregistry.h zxbase.h) compile source
+    local headers c_headers=(zxpolicy.h zxpolicy_explain.h zxregistry.h zxbase.h) compile source
     mapfile -t headers < <(find . -name '*.h' -printf '%P\n' | sort)
     printf '#include "%s"\n' "${c_headers[@]}" |
         run "$CC" "${flags[@]}" -I. "${warnings[@]}" -std=c11 -fsyntax-only -x c - || exit

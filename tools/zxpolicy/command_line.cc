@@ -9,6 +9,7 @@
 
 #include "apply.h"
 #include "dump_command.h"
+#include "explain_command.h"
 #include "lint_command.h"
 #include "list_commands.h"
 #include "match_command.h"
@@ -63,6 +64,14 @@ void addReport(CLI::App& command, OutputFormat& format, bool hasFormat = true) {
     if (hasFormat) addWord(command, "--format", format, kFormats, "How to report (default text)")->excludes(json);
 }
 
+// Adds the options that say how mails are matched.
+void addMatchOptions(CLI::App& command, MatchOptions& match) {
+    CLI::Option* best = command.add_flag("--best", match.isBest, "Take the best match, not the first");
+    addWord(command, "--priority", match.priority, kPriorities, "What the best match compares (default total)")
+        ->needs(best);
+    addWord(command, "--weight", match.weight, kWeights, "What weighs more in a pattern (default domain)")->needs(best);
+}
+
 TaskLookup lookupTasks(const Store& store) {
     return [tasks = std::make_shared<const RuleTasks>(store)](const std::string& rulePath) {
         return tasks->namesOf(rulePath);
@@ -84,6 +93,7 @@ public:
         addApply();
         addDump();
         addMatch();
+        addExplain();
         addRefs();
         addLint();
         addList();
@@ -106,7 +116,7 @@ private:
         const std::vector<std::string> unknown = _app.remaining();
         if (hasNoCommand && !unknown.empty()) return "there is no command or option " + inQuotes(unknown.front());
         if (hasNoCommand && wrong.get_name() == "RequiredError")
-            return "a command is needed: apply, dump, match, refs, lint or list";
+            return "a command is needed: apply, dump, match, explain, refs, lint or list";
         return oneLine(wrong.what());
     }
 
@@ -145,12 +155,7 @@ private:
         sender->type_name("ADDRESS")->needs(receivers)->excludes(envelopes);
         receivers->type_name("ADDRESS")->needs(sender)->excludes(envelopes);
         envelopes->type_name("FILE");
-        CLI::Option* best = command.add_flag("--best", _match.match.isBest, "Take the best match, not the first");
-        addWord(command, "--priority", _match.match.priority, kPriorities,
-                "What the best match compares (default total)")
-            ->needs(best);
-        addWord(command, "--weight", _match.match.weight, kWeights, "What weighs more in a pattern (default domain)")
-            ->needs(best);
+        addMatchOptions(command, _match.match);
         addReport(command, _match.format);
         command.callback([this, sender, envelopes] {
             if (sender->count() == 0 && envelopes->count() == 0)
@@ -161,6 +166,19 @@ private:
             _match.store = _store;
             _command = [this] { return runMatch(_match, std::cout), kSuccess; };
         });
+    }
+
+    void addExplain() {
+        CLI::App& command = *_app.add_subcommand("explain", "Say how a mail is decided, step by step");
+        command.add_option("--sender", _explain.sender, "The sender of the mail; <> is the null sender")
+            ->type_name("ADDRESS")
+            ->required();
+        command.add_option("--receiver", _explain.receivers, "The receivers of the mail")
+            ->type_name("ADDRESS")
+            ->required();
+        addMatchOptions(command, _explain.match);
+        addReport(command, _explain.format);
+        onCall(command, _explain, [this] { return runExplain(_explain, std::cout), kSuccess; });
     }
 
     void addRefs() {
@@ -286,6 +304,7 @@ private:
     DumpOptions _dump;
     std::string _file;
     MatchCommandOptions _match;
+    ExplainOptions _explain;
     RefsOptions _refs;
     LintOptions _lint;
     ListOverviewOptions _overview;

@@ -6,6 +6,7 @@
 #include "analysis/part_automaton.h"
 #include "fixed_policy.h"
 #include "folding.h"
+#include "terminal_width.h"
 #include "json.h"
 #include "pattern/rfc2822_checker.h"
 #include "text.h"

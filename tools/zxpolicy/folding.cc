@@ -1,23 +1,12 @@
 #include "folding.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
-#include <cstdlib>
+#include <algorithm>
 #include <ostream>
 #include <string>
 
 #include "text.h"
 
 namespace tool {
-
-size_t terminalWidth() {
-    const char* columns = std::getenv("COLUMNS");
-    if (columns != nullptr && std::atoi(columns) > 0) return static_cast<size_t>(std::atoi(columns));
-    winsize size{};
-    if (isatty(STDOUT_FILENO) == 0 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
-    return size.ws_col;
-}
 
 void printFolded(std::ostream& out, std::string_view text, size_t width, size_t indent, size_t begun) {
     size_t column = begun;

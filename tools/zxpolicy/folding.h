@@ -7,9 +7,6 @@
 
 namespace tool {
 
-// The columns of the terminal that standard output is, COLUMNS where that is set; else 0: lines are not folded.
-size_t terminalWidth();
-
 // Prints a text and a line end. Where `width` is not 0, lines are broken at blanks so that they fit; all but the first
 // begin with `indent` blanks. `begun` columns of the first line are printed already.
 void printFolded(std::ostream& out, std::string_view text, size_t width, size_t indent, size_t begun = 0);

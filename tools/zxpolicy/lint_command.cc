@@ -7,6 +7,7 @@
 #include "analysis/lint.h"
 #include "fixed_policy.h"
 #include "folding.h"
+#include "terminal_width.h"
 #include "json.h"
 #include "text.h"
 

@@ -60,11 +60,17 @@ std::string durationText(std::chrono::nanoseconds duration) {
     return rounded(value / 1000, 100) + " s";
 }
 
-void printJson(std::ostream& out, const Envelope& envelope, const Decision& decision) {
+void addDecision(Json& json, const Decision& decision) {
     Json matches = Json::array();
     for (const MatchedRule& rule : decision.matches)
         matches.add(Json::object({{"rule", rule.path}, {"receivers", rule.receivers}, {"tasks", rule.tasks}}));
-    out << Json::object({{"sender", envelope.sender}, {"matches", matches}, {"unmatched", decision.unmatched}}).line();
+    json.add("matches", matches).add("unmatched", decision.unmatched);
+}
+
+void printJson(std::ostream& out, const Envelope& envelope, const Decision& decision) {
+    Json json = Json::object({{"sender", envelope.sender}});
+    addDecision(json, decision);
+    out << json.line();
 }
 
 void printText(std::ostream& out, const Envelope& envelope, const Decision& decision) {

@@ -13,6 +13,11 @@
 
 namespace tool {
 
+class Json;
+
+// Adds matches (rule, receivers, tasks) and unmatched to an object.
+void addDecision(Json& json, const Decision& decision);
+
 // One JSON object on one line: sender, matches (rule, receivers, tasks), unmatched.
 void printJson(std::ostream& out, const Envelope& envelope, const Decision& decision);
 

@@ -109,6 +109,7 @@ _zxpolicy() {
                 "") options+=" --version" ;;
                 apply) options+=" --dry-run --allow-dangling $report" ;;
                 dump) options+=" --with-secrets" ;;
+                explain) options+=" --sender --receiver --best --priority --weight $report" ;;
                 match) options+=" --sender --receiver --envelopes --best --priority --weight $report" ;;
                 "refs list" | "refs classification") options+=" $report" ;;
                 lint) options+=" --priority --weight --strict $report" ;;
@@ -124,7 +125,7 @@ _zxpolicy() {
     fi
 
     case $command in
-        "") _zxpolicy_offer "apply dump match refs lint list" ;;
+        "") _zxpolicy_offer "apply dump match explain refs lint list" ;;
         apply | lint) ((arguments > 0)) || _zxpolicy_files ;;
         refs) _zxpolicy_offer "list classification" ;;
         list) _zxpolicy_offer "show check add remove import export" ;;

@@ -1,0 +1,3 @@
+#include "match/match_observer.h"
+
+ZxPolMatchObserver::~ZxPolMatchObserver() = default;

@@ -1,0 +1,16 @@
+// How explanations are shown.
+#pragma once
+
+#include <iosfwd>
+
+#include "explanation.h"
+
+namespace tool {
+
+// One JSON object on one line, in the form that docs/tool-json.md describes.
+void printJson(std::ostream& out, const Explanation& explanation);
+
+// For a person: the rules looked at for each receiver, the tasks looked at for each rule, and the answer.
+void printText(std::ostream& out, const Explanation& explanation);
+
+}  // namespace tool
