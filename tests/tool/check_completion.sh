@@ -91,6 +91,11 @@ printf 'zxpolicy: 1\nlists: [{name: Staff}, {name: "Our friends"}, {name: Stores
 expect "a.yaml" "$program" apply a
 expect "" "$program" apply a.yaml ""
 expect "a.yaml" "$program" match --envelopes a.
+expect "a.yaml" "$program" test a
+expect "" "$program" test --policy a.yaml a.yaml ""
+expect "a.yaml" "$program" replay --against a.
+expect "own.db" "$program" replay --against sqlite:own
+expect "" "$program" replay --samples ""
 expect "a.yaml" "$program" list import Staff a
 expect "sqlite:" "$program" --store sq
 expect "own.db" "$program" --store sqlite:own

@@ -23,6 +23,8 @@ TEST_F(CommandLineTest, HelpAndVersionSucceed) {
                                                       {"refs", "--help"},
                                                       {"refs", "classification", "--help"},
                                                       {"list", "--help"},
+                                                      {"test", "--help"},
+                                                      {"replay", "--help"},
                                                       {"list", "import", "--help"}}) {
         const Outcome outcome = runPlain(arguments);
         EXPECT_EQ(outcome.status, 0);
@@ -65,7 +67,16 @@ TEST_F(CommandLineTest, WrongUsageExitsWith2AndSaysItInOneLine) {
           {"list", "remove"},
           {"list", "import", "A"},
           {"list", "import", "A", "-", "--format", "json"},
-          {"list", "export"}}) {
+          {"list", "export"},
+          {"test"},
+          {"test", "a", "b"},
+          {"test", "a", "--min-coverage", "101"},
+          {"test", "a", "--min-coverage", "all"},
+          {"replay"},
+          {"replay", "--envelopes", "a", "--bad-lines", "-1"},
+          {"replay", "--envelopes", "a", "--changes", "b"},
+          {"replay", "--envelopes", "a", "--samples", "1"},
+          {"replay", "--envelopes", "a", "--weight", "name"}}) {
         const Outcome outcome = runPlain(arguments);
         EXPECT_EQ(outcome.status, 2) << testing::PrintToString(arguments);
         EXPECT_EQ(outcome.out, "");
@@ -80,7 +91,8 @@ TEST_F(CommandLineTest, FilesThatCannotBeReadExitWith2) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"apply", path("none")},
                                                       {"apply", path("")},
                                                       {"match", "--envelopes", ""},
-                                                      {"match", "--envelopes", path("none")}}) {
+                                                      {"match", "--envelopes", path("none")},
+                                                      {"replay", "--envelopes", path("none")}}) {
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.status, 2);
         EXPECT_THAT(outcome.err, testing::ContainsRegex("zxpolicy: cannot (open|read) "));
@@ -91,7 +103,8 @@ TEST_F(CommandLineTest, AStoreThatIsNotThereIsNoEmptyPolicy) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"dump"},
                                                       {"match", "--sender", "a@b", "--receiver", "c@d"},
                                                       {"refs", "list", "A"},
-                                                      {"refs", "classification", "A"}}) {
+                                                      {"refs", "classification", "A"},
+                                                      {"replay", "--envelopes", "-"}}) {
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.status, 3);
         EXPECT_EQ(outcome.out, "");

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "policy_keys.h"
+#include "policy_test_keys.h"
 #include "tool_fixture.h"
 
 namespace tool {
@@ -120,7 +121,10 @@ TEST_F(ManualTest, TellsEveryKeyOfThePolicyFileAndNoOthers) {
                                         {"The root rule", kRootKeys},
                                         {"A rule", kRuleKeys},
                                         {"A condition", kConditionKeys},
-                                        {"A task", kTaskKeys}}) {
+                                        {"A task", kTaskKeys},
+                                        {"The test file", kTestFileKeys},
+                                        {"A test", kPolicyTestKeys},
+                                        {"An expectation", kExpectationKeys}}) {
         EXPECT_EQ(told[section], Words(keys.begin(), keys.end())) << section;
         told.erase(section);
     }
@@ -138,7 +142,7 @@ TEST_F(ManualTest, TheExamplePolicyIsTakenAndGivenBackAndDecidesOnTheEnvelopes) 
         else if (isInside)
             examples.back() += line + "\n";
     }
-    ASSERT_EQ(examples.size(), 2U);
+    ASSERT_EQ(examples.size(), 3U);
     const Outcome outcome = run({"apply", "-"}, examples[0]);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
@@ -152,6 +156,8 @@ TEST_F(ManualTest, TheExamplePolicyIsTakenAndGivenBackAndDecidesOnTheEnvelopes) 
               R"x({"sender":"","matches":[{"rule":"\\","receivers":["postmaster@example.com"],"tasks":["\\scan"]}],)x"
               R"x("unmatched":[]})x"
               "\n");
+    const Outcome tested = run({"test", "-", "--min-coverage", "100"}, examples[2]);
+    EXPECT_EQ(tested.status, 0) << tested.out << tested.err;
 }
 
 TEST_F(ManualTest, ThePagesAreTypesetWithoutAWarning) {

@@ -7,7 +7,10 @@
 #include "addrlist/normal_addr_list.h"
 #include "apply.h"
 #include "dump_command.h"
+#include "fixed_policy.h"
 #include "policy_reader.h"
+#include "policy_store_reader.h"
+#include "policy_writer.h"
 #include "refs_command.h"
 #include "support/fault_store.h"
 #include "tool_fixture.h"
@@ -34,6 +37,14 @@ std::function<ExitStatus(std::ostream&)> refsTo(ZxPolRefEntity entity, const cha
 
 ExitStatus askForDump(std::ostream& out) {
     runDump({kFailingStore, true}, out);
+    return kSuccess;
+}
+
+ExitStatus askForACopy(std::ostream& out) {
+    const FixedPolicy copy(kFailingStore);
+    const StoredPolicy stored = readPolicySnapshot(copy.store(), Secrets::Leave);
+    requireNoProblems(stored.problems, "cannot read the copy");
+    out << writePolicy(stored.policy);
     return kSuccess;
 }
 
@@ -111,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Question{"RefsToNoList", kAnswerIsNo, refsTo(ZXPOL_REF_ADDRLIST, "Far")},
                     Question{"RefsToAClassification", kSuccess, refsTo(ZXPOL_REF_CLASSIFICATION, "Bad")},
                     Question{"RefsToNoClassification", kAnswerIsNo, refsTo(ZXPOL_REF_CLASSIFICATION, "Worse")},
-                    Question{"Dump", kSuccess, askForDump}),
+                    Question{"Dump", kSuccess, askForDump}, Question{"Copy", kSuccess, askForACopy}),
     [](const auto& test) { return std::string(test.param.name); });
 
 }  // namespace tool

@@ -6,7 +6,6 @@
 #include "addrlist/normal_addr_list.h"
 #include "apply_context.h"
 #include "policy_reader.h"
-#include "policy_references.h"
 #include "policy_store_reader.h"
 #include "text.h"
 #include "tool_error.h"
@@ -77,6 +76,10 @@ void printLines(std::ostream& out, const char* kind, const std::vector<std::stri
 
 }  // namespace
 
+void printDangling(std::ostream& err, const ReferenceFaults& faults) {
+    printLines(err, "warning", faults.dangling, " more sides of conditions name no list");
+}
+
 ApplyResult applyPolicy(const Store& store, const std::string& fileName, const Policy& policy, bool isDryRun) {
     const YamlSource source(fileName);
     const Secrets secrets = secretsFor(policy);
@@ -104,7 +107,7 @@ void runApply(const ApplyOptions& options, std::ostream& out, std::ostream& err)
     const bool isNew = options.isDryRun && isMissingFileInFolder(options.store);
     const Store store(isNew ? "memory:" : options.store, Store::Missing::Create);
     const ApplyResult result = applyPolicy(store, fileName, policy, options.isDryRun);
-    printLines(err, "warning", faults.dangling, " more sides of conditions name no list");
+    printDangling(err, faults);
     printLines(err, "warning", result.warnings, " more conditions are not covered");
     printLines(err, "note", faults.notes, " more texts of outcomes name no classification");
     result.changes.print(out, options.format, options.isDryRun);

@@ -8,6 +8,7 @@
 
 #include "change_log.h"
 #include "policy_file.h"
+#include "policy_references.h"
 #include "store.h"
 
 namespace tool {
@@ -20,6 +21,9 @@ struct ApplyResult {
 // Makes the store hold exactly the policy, in one update: all of it or, when anything fails, nothing. `fileName` names
 // the policy's file in messages. With `isDryRun` everything is done and taken back. Throws a ToolError.
 ApplyResult applyPolicy(const Store& store, const std::string& fileName, const Policy& policy, bool isDryRun);
+
+// Warns of conditions that name no list: the first of them, and how many there are more.
+void printDangling(std::ostream& err, const ReferenceFaults& faults);
 
 struct ApplyOptions {
     std::string store;

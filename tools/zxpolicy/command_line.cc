@@ -14,7 +14,9 @@
 #include "list_commands.h"
 #include "match_command.h"
 #include "refs_command.h"
+#include "replay_command.h"
 #include "rule_tasks.h"
+#include "test_command.h"
 #include "text.h"
 #include "tool_error.h"
 #include "version.h"
@@ -26,6 +28,8 @@ namespace {
 constexpr const char* kStoreHelp = "The store: sqlite:PATH or memory:NAME";
 constexpr const char* kStatusHelp =
     "Exit status: 0 success, 1 the answer is no, 2 wrong usage, 3 the store or the policy failed.";
+constexpr const char* kEnvelopesHelp =
+    "A file of mails, one a line: sender, TAB, receivers by comma; - is standard input";
 constexpr const char* kDryRunHelp = "Say what would change, and change nothing";
 
 // The words that an option takes.
@@ -97,6 +101,8 @@ public:
         addRefs();
         addLint();
         addList();
+        addTest();
+        addReplay();
     }
 
     int run(int argc, char** argv) {
@@ -116,7 +122,7 @@ private:
         const std::vector<std::string> unknown = _app.remaining();
         if (hasNoCommand && !unknown.empty()) return "there is no command or option " + inQuotes(unknown.front());
         if (hasNoCommand && wrong.get_name() == "RequiredError")
-            return "a command is needed: apply, dump, match, explain, refs, lint or list";
+            return "a command is needed: apply, dump, match, explain, test, replay, refs, lint or list";
         return oneLine(wrong.what());
     }
 
@@ -150,8 +156,7 @@ private:
         CLI::Option* sender =
             command.add_option("--sender", _match.sender, "The sender of a mail; <> is the null sender");
         CLI::Option* receivers = command.add_option("--receiver", _match.receivers, "The receivers of the mail");
-        CLI::Option* envelopes = command.add_option(
-            "--envelopes", _file, "A file of mails, one a line: sender, TAB, receivers by comma; - is standard input");
+        CLI::Option* envelopes = command.add_option("--envelopes", _file, kEnvelopesHelp);
         sender->type_name("ADDRESS")->needs(receivers)->excludes(envelopes);
         receivers->type_name("ADDRESS")->needs(sender)->excludes(envelopes);
         envelopes->type_name("FILE");
@@ -298,6 +303,42 @@ private:
         });
     }
 
+    void addTest() {
+        CLI::App& command = *_app.add_subcommand("test", "Run policy tests: mails, and what must become of them");
+        command.add_option("FILE", _test.file, "The file of the tests; - is standard input")->required();
+        command.add_option("--policy", _test.policy, "Test the policy in this file, not the store")->type_name("FILE");
+        command
+            .add_option("--min-coverage", _test.minCoverage,
+                        "How many of 100 rules, conditions and tasks must be tested")
+            ->type_name("PERCENT")
+            ->check(CLI::Range(0, 100));
+        addReport(command, _test.format);
+        command.footer("Exit status: 1 a test failed, or too little is tested; 2 the file of the tests is malformed.");
+        _test.tasks = lookupTasks;
+        onCall(command, _test, [this] { return runTest(_test, std::cout, std::cerr); });
+    }
+
+    void addReplay() {
+        CLI::App& command = *_app.add_subcommand("replay", "Decide on recorded mails, and add the decisions up");
+        command.add_option("--envelopes", _replay.envelopes, kEnvelopesHelp)->type_name("FILE")->required();
+        CLI::Option* against =
+            command.add_option("--against", _replay.against, "Tell what another policy would decide otherwise");
+        against->type_name("LOCATION|FILE");
+        command.add_option("--changes", _replay.changes, "Write each receiver treated otherwise to this file")
+            ->type_name("FILE")
+            ->needs(against);
+        command.add_option("--samples", _replay.samples, "How many of each kind of change to show (default 5)")
+            ->type_name("NUMBER")
+            ->needs(against);
+        command.add_option("--bad-lines", _replay.badLines, "How many bad lines to show (default 10)")
+            ->type_name("NUMBER");
+        addMatchOptions(command, _replay.match);
+        addReport(command, _replay.format);
+        command.footer("Exit status: 1 a line is bad, or a decision would change.");
+        _replay.tasks = lookupTasks;
+        onCall(command, _replay, [this] { return runReplay(_replay, std::cout, std::cerr); });
+    }
+
     CLI::App _app{"Keeps a mail-filtering policy in a store, and decides on mails by it.", "zxpolicy"};
     std::string _store = "sqlite:policy.db";
     ApplyOptions _apply;
@@ -313,6 +354,8 @@ private:
     ListEditOptions _edit;
     ListImportOptions _import;
     ListExportOptions _export;
+    TestOptions _test;
+    ReplayOptions _replay;
     std::function<ExitStatus()> _command;
 };
 

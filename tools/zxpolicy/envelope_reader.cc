@@ -24,6 +24,10 @@ std::string senderFromText(const std::string& text) {
     return text == "<>" ? "" : text;
 }
 
+std::string senderToText(const std::string& sender) {
+    return sender.empty() ? "<>" : oneLine(sender);
+}
+
 EnvelopeReader::EnvelopeReader(const std::string& path)
     : _name(path == "-" ? "standard input" : path),
       _opened(path == "-" ? nullptr : std::fopen(path.c_str(), "rbe")),
@@ -31,21 +35,27 @@ EnvelopeReader::EnvelopeReader(const std::string& path)
     if (_file == nullptr) throw UsageError("cannot open " + inQuotes(path, 4096) + ": " + std::strerror(errno));
 }
 
-void EnvelopeReader::fail(const std::string& text) const {
-    throw UsageError(oneLine(_name) + ":" + std::to_string(_line) + ": " + text);
+std::string EnvelopeReader::where() const {
+    return oneLine(_name) + ":" + std::to_string(_line);
 }
 
-// Reads a line without its end; false when there is none.
+void EnvelopeReader::fail(const std::string& fault) const {
+    throw BadLine(where(), _line, fault);
+}
+
+// Reads a line to its end, and gives it without that; false when there is none.
 bool EnvelopeReader::readLine(std::string& line) {
     line.clear();
     ++_line;
+    const char* fault = nullptr;
     int c = 0;
     while ((c = std::getc(_file)) != EOF && c != '\n') {
-        if (c == '\0') fail("a NUL byte cannot stand in an address");
-        if (line.size() == kMaxLine) fail("the line is longer than 16 MiB; split the mail");
-        line.push_back(static_cast<char>(c));
+        if (c == '\0') fault = "a NUL byte cannot stand in an address";
+        if (line.size() == kMaxLine) fault = "the line is longer than 16 MiB; split the mail";
+        if (fault == nullptr) line.push_back(static_cast<char>(c));
     }
-    if (std::ferror(_file) != 0) fail(std::string("cannot read on: ") + std::strerror(errno));
+    if (std::ferror(_file) != 0) throw UsageError(where() + ": cannot read on: " + std::strerror(errno));
+    if (fault != nullptr) fail(fault);
     if (_line == 1 && line.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) line.erase(0, kByteOrderMark.size());
     if (!line.empty() && line.back() == '\r') line.pop_back();
     return c != EOF || !line.empty();

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tool_error.h"
+
 namespace tool {
 
 struct Envelope {
@@ -14,8 +16,24 @@ struct Envelope {
     std::vector<std::string> receivers;
 };
 
+// A line that is no mail: a UsageError "FILE:LINE: ...". Reading may go on with the next line.
+class BadLine : public UsageError {
+public:
+    BadLine(const std::string& where, uint64_t line, const std::string& fault)
+        : UsageError(where + ": " + fault), _line(line), _fault(fault) {}
+
+    uint64_t line() const { return _line; }
+    const std::string& fault() const { return _fault; }
+
+private:
+    uint64_t _line;
+    std::string _fault;
+};
+
 // Takes <> for the null sender, the empty text.
 std::string senderFromText(const std::string& text);
+// The other way round, fit for a line.
+std::string senderToText(const std::string& sender);
 
 // Reads one line at a time, so that files of any size take little memory. Blank lines and a byte
 // order mark at the start are skipped, CR LF is taken for a line end.
@@ -24,8 +42,13 @@ public:
     // - is standard input. Throws a UsageError when the file cannot be opened.
     explicit EnvelopeReader(const std::string& path);
 
-    // Reads the next mail; false at the end. Throws a UsageError "FILE:LINE: ..." for a malformed line.
+    // Reads the next mail; false at the end. Throws a BadLine for a malformed line, another UsageError when the file
+    // cannot be read on.
     bool next(Envelope& envelope);
+
+    const std::string& name() const { return _name; }
+    // The number of the line that was read last.
+    uint64_t line() const { return _line; }
 
 private:
     struct Closer {
@@ -33,7 +56,8 @@ private:
     };
 
     bool readLine(std::string& line);
-    [[noreturn]] void fail(const std::string& text) const;
+    std::string where() const;
+    [[noreturn]] void fail(const std::string& fault) const;
     void parse(const std::string& line, Envelope& envelope) const;
 
     std::string _name;

@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "match_report.h"
+#include "match_summary.h"
 #include "progress.h"
 #include "tool_error.h"
 

@@ -1,9 +1,11 @@
 #include "matcher.h"
 
 #include <algorithm>
-#include <set>
+#include <optional>
+#include <unordered_map>
 #include <utility>
 
+#include "condition_watch.h"
 #include "text.h"
 #include "tool_error.h"
 
@@ -18,10 +20,16 @@ constexpr int kTries = 3;
 // Owns what a match call returned.
 class Matcher::Answer {
 public:
-    Answer(const Matcher& matcher, const std::string& sender, std::vector<const char*>& receivers) {
+    // `watch` may be null.
+    Answer(const Matcher& matcher, const std::string& sender, std::vector<const char*>& receivers,
+           ConditionWatch* watch) {
         const auto begin = std::chrono::steady_clock::now();
-        zxpol_matchRuleByMailInfoEx(matcher._rules.get(), matcher._lists.get(), matcher._mode, sender.c_str(),
-                                    receivers.data(), &_pairs, &_count, &_result);
+        if (watch == nullptr)
+            zxpol_matchRuleByMailInfoEx(matcher._rules.get(), matcher._lists.get(), matcher._mode, sender.c_str(),
+                                        receivers.data(), &_pairs, &_count, &_result);
+        else
+            zxpol_explainMatch(matcher._rules.get(), matcher._lists.get(), matcher._mode, sender.c_str(),
+                               receivers.data(), &ConditionWatch::see, watch, &_pairs, &_count, &_result);
         _duration = std::chrono::steady_clock::now() - begin;
     }
     ~Answer() {
@@ -43,14 +51,29 @@ private:
     std::chrono::nanoseconds _duration{0};
 };
 
-Matcher::Matcher(const Store& store, const MatchOptions& options, TaskLookup lookup)
-    : _store(store), _lookup(std::move(lookup)), _mode(options.isBest ? 1 : 0) {
+std::map<std::string_view, const MatchedRule*> Decision::byReceiver() const {
+    std::map<std::string_view, const MatchedRule*> rules;
+    for (const MatchedRule& rule : matches)
+        for (const std::string& receiver : rule.receivers)
+            rules.emplace(receiver, &rule);
+    return rules;
+}
+
+Matcher::Matcher(const Store& store, const MatchOptions& options, TaskLookup lookup, Conditions conditions)
+    : _store(store), _lookup(std::move(lookup)), _conditions(conditions) {
+    setOptions(options);
     int result = ZXPOL_S_OK;
-    const _ZxPolMatchOption option{1, options.priority, options.weight, 0, 0};
-    zxpol_setMatchOption(&option, &result);
     _lists = ListHiveHandle(zxpol_openAddrListHive(store.key(), &result));
     _rules = RuleHiveHandle(zxpol_openRuleHive(store.key(), 0, &result));
     require(result, "cannot open the policy in " + oneLine(store.location()));
+}
+
+void Matcher::setOptions(const MatchOptions& options) {
+    _mode = options.isBest ? 1 : 0;
+    int result = ZXPOL_S_OK;
+    const _ZxPolMatchOption option{1, options.priority, options.weight, 0, 0};
+    zxpol_setMatchOption(&option, &result);
+    require(result, "cannot set the options of best matching");
 }
 
 // Which tasks a rule asks for does not depend on the mail, so once for each rule will do. The library's answer must say
@@ -65,21 +88,27 @@ const std::vector<std::string>& Matcher::tasksOf(const std::string& rulePath, ui
 }
 
 Decision Matcher::decideOnce(const Envelope& envelope, std::vector<const char*>& receivers) {
-    const Answer answer(*this, envelope.sender, receivers);
+    std::optional<ConditionWatch> watch;
+    if (_conditions == Conditions::Watched) watch.emplace(envelope.receivers.size());
+    const Answer answer(*this, envelope.sender, receivers, watch ? &*watch : nullptr);
     require(answer.result(), "cannot match a mail from " + inQuotes(envelope.sender));
     Decision decision{{}, {}, answer.duration()};
-    std::set<const char*> matched;
+    std::unordered_map<const char*, size_t> left;
+    for (size_t i = 0; i + 1 < receivers.size(); ++i)
+        left.emplace(receivers[i], i);
     for (uint32_t i = 0; i < answer.count(); ++i) {
         const _ZxPolMatchPair& pair = answer.pair(i);
-        MatchedRule rule{pair.rulePath, {}, tasksOf(pair.rulePath, pair.taskCount)};
+        MatchedRule rule{pair.rulePath, {}, tasksOf(pair.rulePath, pair.taskCount), {}};
         for (char** receiver = pair.receivers; *receiver != nullptr; ++receiver) {
             rule.receivers.emplace_back(*receiver);
-            matched.insert(*receiver);
+            const auto found = left.find(*receiver);
+            if (watch) rule.conditions.push_back(watch->conditionOf(found->second));
+            left.erase(found);
         }
         decision.matches.push_back(std::move(rule));
     }
     for (size_t i = 0; i + 1 < receivers.size(); ++i)
-        if (matched.count(receivers[i]) == 0) decision.unmatched.emplace_back(receivers[i]);
+        if (left.count(receivers[i]) != 0) decision.unmatched.emplace_back(receivers[i]);
     return decision;
 }
 

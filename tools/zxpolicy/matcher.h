@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "envelope_reader.h"
@@ -22,13 +23,17 @@ struct MatchOptions {
 struct MatchedRule {
     std::string path;
     std::vector<std::string> receivers;
-    std::vector<std::string> tasks;  // full names, in the order in which they are to be done
+    std::vector<std::string> tasks;    // full names, in the order in which they are to be done
+    std::vector<uint32_t> conditions;  // for each receiver the position of the one that decided; empty if unwatched
 };
 
 struct Decision {
     std::vector<MatchedRule> matches;  // in the order of first match
     std::vector<std::string> unmatched;
     std::chrono::nanoseconds duration;  // of the library's answer alone
+
+    // The match of each receiver; receivers without a rule are not in it. Valid while the decision stays as it is.
+    std::map<std::string_view, const MatchedRule*> byReceiver() const;
 };
 
 // Tells the full names of the tasks that a matched rule asks for, in the order in which they are to be done. Throws a
@@ -38,8 +43,15 @@ using TaskLookupMaker = std::function<TaskLookup(const Store&)>;
 
 class Matcher {
 public:
+    // Whether decisions say which conditions decided. Watching takes more time.
+    enum class Conditions { Unwatched, Watched };
+
     // Opens the policy in the store, and sets the process's options of best matching. Throws a ToolError.
-    Matcher(const Store& store, const MatchOptions& options, TaskLookup lookup);
+    Matcher(const Store& store, const MatchOptions& options, TaskLookup lookup,
+            Conditions conditions = Conditions::Unwatched);
+
+    // Takes other options for the mails to come; those of best matching are the process's.
+    void setOptions(const MatchOptions& options);
 
     // Decides on one mail by the policy of one moment, whatever other processes do meanwhile. Throws a StoreError.
     Decision decide(const Envelope& envelope);
@@ -55,7 +67,8 @@ private:
 
     const Store& _store;
     TaskLookup _lookup;
-    uint32_t _mode;
+    Conditions _conditions;
+    uint32_t _mode = 0;
     ListHiveHandle _lists;
     RuleHiveHandle _rules;
     // The tasks by rule, as the policy with this stamp has them.

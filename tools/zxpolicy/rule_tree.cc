@@ -1,7 +1,6 @@
 #include "rule_tree.h"
 
 #include "names_of.h"
-#include "policy_file.h"
 #include "text.h"
 
 namespace tool {
@@ -15,8 +14,22 @@ std::vector<std::string> readTasks(const RuleHandle& rule, const std::string& pa
     return tasks;
 }
 
+// A match takes a condition that cannot be read for the end of them.
+std::vector<Condition> readConditions(const RuleHandle& rule) {
+    std::vector<Condition> conditions;
+    for (;;) {
+        _ZxPolAddrPairCond pair{};
+        uint32_t size = sizeof pair;
+        int result = ZXPOL_S_OK;
+        zxpol_enumCondition(rule.get(), static_cast<uint32_t>(conditions.size()),
+                            reinterpret_cast<unsigned char*>(&pair), &size, &result);
+        if (ZX_FAILURE(result)) return conditions;
+        conditions.push_back({pair.sender, pair.receiver, {}});
+    }
+}
+
 RuleNode readNode(const RuleHandle& rule, const std::string& name, const std::string& path) {
-    RuleNode node{name, path, readTasks(rule, path), {}};
+    RuleNode node{name, path, readConditions(rule), readTasks(rule, path), {}};
     for (const std::string& child : namesOf(zxpol_enumRule, rule.get(), "the rules below rule " + oneLine(path))) {
         const std::string below = childName(path, child);
         int result = ZXPOL_S_OK;

@@ -33,4 +33,7 @@ std::string inQuotes(std::string_view text, size_t most = 60);
 // A number with commas between thousands.
 std::string grouped(uint64_t number);
 
+// The same with what is counted, such as "1 mail" and "2 mails".
+std::string counted(uint64_t number, const char* noun);
+
 }  // namespace tool

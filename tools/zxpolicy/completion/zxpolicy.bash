@@ -72,6 +72,7 @@ _zxpolicy() {
             --store) store=${words[++i]} ;;
             --store=*) store=${word#--store=} ;;
             --format | --order | --weight | --priority | --sender | --envelopes) i=$((i + 1)) ;;
+            --policy | --min-coverage | --against | --changes | --samples | --bad-lines) i=$((i + 1)) ;;
             -*) ;;
             *)
                 case $command in
@@ -95,8 +96,12 @@ _zxpolicy() {
             --order) _zxpolicy_offer "user ascending descending" && return ;;
             --weight) _zxpolicy_offer "domain name" && return ;;
             --priority) _zxpolicy_offer "total sender receiver" && return ;;
-            --envelopes) _zxpolicy_files && return ;;
-            --sender | --receiver) return ;;
+            --envelopes | --policy | --changes) _zxpolicy_files && return ;;
+            --against)
+                if [[ $current == sqlite:* ]]; then _zxpolicy_locations; else _zxpolicy_files; fi
+                return
+                ;;
+            --sender | --receiver | --min-coverage | --samples | --bad-lines) return ;;
         esac
         if [[ $current == --store=* ]]; then
             current=${current#--store=}
@@ -118,6 +123,10 @@ _zxpolicy() {
                 "list check") options+=" --weight $report" ;;
                 "list add" | "list remove") options+=" --dry-run $report" ;;
                 "list import") options+=" --format --replace --create --dry-run --json" ;;
+                test) options+=" --policy --min-coverage $report" ;;
+                replay)
+                    options+=" --envelopes --against --changes --samples --bad-lines --best --priority --weight $report"
+                    ;;
             esac
             _zxpolicy_offer "$options"
             return
@@ -125,8 +134,8 @@ _zxpolicy() {
     fi
 
     case $command in
-        "") _zxpolicy_offer "apply dump match explain refs lint list" ;;
-        apply | lint) ((arguments > 0)) || _zxpolicy_files ;;
+        "") _zxpolicy_offer "apply dump match explain test replay refs lint list" ;;
+        apply | lint | test) ((arguments > 0)) || _zxpolicy_files ;;
         refs) _zxpolicy_offer "list classification" ;;
         list) _zxpolicy_offer "show check add remove import export" ;;
         "refs list" | "list "*)

@@ -1,0 +1,122 @@
+#include "replay_command.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <ostream>
+
+#include "decision_changes.h"
+#include "fixed_policy.h"
+#include "match_summary.h"
+#include "progress.h"
+#include "text.h"
+#include "traffic.h"
+
+namespace tool {
+
+namespace {
+
+// The file that lists changes; none when it is not wanted.
+class ChangeListing {
+public:
+    explicit ChangeListing(const std::optional<std::string>& path) {
+        if (!path) return;
+        _name = inQuotes(*path, 4096);
+        _file.open(*path, std::ios::binary);
+        if (!_file) throw UsageError("cannot write " + _name + ": " + std::strerror(errno));
+    }
+
+    std::ostream* stream() { return _file.is_open() ? &_file : nullptr; }
+
+    void close() {
+        if (!_file.is_open()) return;
+        _file.close();
+        if (!_file) throw ToolError(kFailed, "cannot write all changes to " + _name + ": check the disk's free space");
+    }
+
+private:
+    std::string _name;
+    std::ofstream _file;
+};
+
+// A report of what was counted, with what the traffic held besides.
+template <class Counted>
+void printReplay(const ReplayOptions& options, std::ostream& out, const Traffic& traffic, Json json,
+                 const Counted& printText) {
+    if (options.format == OutputFormat::Json) {
+        out << json.add("badLines", traffic.badLinesJson()).line();
+        return;
+    }
+    printText();
+    traffic.printBadLines(out);
+}
+
+ExitStatus addDecisionsUp(const ReplayOptions& options, const FixedPolicy& policy, Traffic& traffic,
+                          std::ostream& out) {
+    Matcher matcher(policy.store(), options.match, options.tasks(policy.store()), Matcher::Conditions::Watched);
+    MatchSummary summary(MatchSummary::Conditions::Counted);
+    Progress progress("mails");
+    Envelope envelope;
+    while (traffic.next(envelope)) {
+        summary.add(envelope, matcher.decide(envelope));
+        progress.step();
+    }
+    progress.clear();
+    const RuleNode root = readRuleTree(matcher.rules());
+    printReplay(options, out, traffic, summary.json(root), [&] { summary.print(out, root); });
+    return kSuccess;
+}
+
+ExitStatus compareDecisions(const ReplayOptions& options, const FixedPolicy& policy, const FixedPolicy& other,
+                            Traffic& traffic, std::ostream& out) {
+    Matcher before(policy.store(), options.match, options.tasks(policy.store()));
+    Matcher after(other.store(), options.match, options.tasks(other.store()));
+    ChangeListing listing(options.changes);
+    DecisionChanges changes(options.samples, listing.stream());
+    Progress progress("mails");
+    Envelope envelope;
+    while (traffic.next(envelope)) {
+        changes.add(traffic.line(), envelope, before.decide(envelope), after.decide(envelope));
+        progress.step();
+    }
+    progress.clear();
+    listing.close();
+    printReplay(options, out, traffic, changes.json(), [&] { changes.print(out); });
+    return changes.isEmpty() ? kSuccess : kAnswerIsNo;
+}
+
+// Standard input is read once, and the mails must not be written over.
+void requireSeparateFiles(const ReplayOptions& options) {
+    if (options.envelopes == "-" && options.against == "-")
+        throw UsageError("--envelopes and --against cannot both read standard input");
+    std::error_code isMissing;
+    if (options.changes && std::filesystem::equivalent(options.envelopes, *options.changes, isMissing))
+        throw UsageError("--changes would write over the mails in " + inQuotes(options.envelopes, 4096));
+}
+
+void sayWhetherOutdated(const FixedPolicy& policy, std::ostream& err) {
+    if (policy.isOutdated())
+        err << "zxpolicy: note: " << oneLine(policy.name())
+            << " has changed meanwhile; the report is of the policy that it held at the beginning\n";
+}
+
+}  // namespace
+
+ExitStatus runReplay(const ReplayOptions& options, std::ostream& out, std::ostream& err) {
+    requireSeparateFiles(options);
+    const FixedPolicy policy(options.store);
+    std::optional<FixedPolicy> other;
+    if (options.against && isStoreLocation(*options.against))
+        other.emplace(*options.against);
+    else if (options.against)
+        other.emplace(*options.against, &policy, err);
+    Traffic traffic(options.envelopes, options.badLines);
+    const ExitStatus status =
+        other ? compareDecisions(options, policy, *other, traffic, out) : addDecisionsUp(options, policy, traffic, out);
+    sayWhetherOutdated(policy, err);
+    if (other) sayWhetherOutdated(*other, err);
+    return traffic.badLines() == 0 ? status : kAnswerIsNo;
+}
+
+}  // namespace tool
