@@ -10,7 +10,9 @@
 #include "pattern/cond_wildcard_pattern.h"
 #include "rules/child_walk.h"
 #include "rules/rule.h"
+#include "store/one_state.h"
 #include "store/result.h"
+#include "store/update.h"
 
 using namespace zxpol;
 
@@ -160,7 +162,11 @@ bool ZxPolRuleMatcher::_compare(const char* address, const char* pattern, uint32
 // Asks the list that a condition refers to.
 bool ZxPolRuleMatcher::_compareWithList(const char* address, const char* reference, uint32_t* weight,
                                         std::string* entry, int* error) {
+    // Each further list would be waited for, too, and the match does not count.
+    if (_isDisturbed) *error = kStateIsChanging;
+    if (failed(*error)) return false;
     const std::unique_ptr<ZxPolAddrList> list(_addrListHive->openAddrList(listName(reference).c_str(), error));
+    _isDisturbed = *error == kStateIsChanging && canUpdate();
     if (failed(*error)) return false;
     address = withoutKind(address);
     const bool isMatched = list->matchAddress(address, weight, _weightType(), error);

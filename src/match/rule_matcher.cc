@@ -6,6 +6,7 @@
 #include "rules/child_walk.h"
 #include "rules/rule.h"
 #include "rules/rule_hive.h"
+#include "store/one_state.h"
 #include "store/result.h"
 
 using namespace zxpol;
@@ -108,7 +109,10 @@ void ZxPolRuleMatcher::_groupReceivers(const char* sender, const char** receiver
             step.receiverIndex = index;
         };
         _tell(ZXPOL_STEP_RECEIVER, nameReceiver);
-        const bool isMatched = _walk(*root, sender, receiver, matchedPath, error) && succeeded(*error);
+        const bool isFound = _walk(*root, sender, receiver, matchedPath, error);
+        // Rules were passed over for a list that was there all the time.
+        if (_isDisturbed && succeeded(*error)) *error = kStateIsChanging;
+        const bool isMatched = isFound && succeeded(*error);
         _tell(ZXPOL_STEP_RECEIVER_DECIDED, [&](_ZxPolMatchStep& step) {
             nameReceiver(step);
             step.isMatched = isMatched ? 1 : 0;

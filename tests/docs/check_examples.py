@@ -4,8 +4,8 @@
   check_examples.py TOOL DOCUMENT...           compares
   check_examples.py --write TOOL DOCUMENT...   puts what is printed into the documents: look at the difference
 
-In a document, a block of YAML that begins with "zxpolicy: 1" is policy.yaml in a new, empty folder. The blocks of
-console lines after it are run there, on a store of that folder: each line that begins with "$ " is given to the shell,
+In a document, a block of YAML that begins with "zxpolicy: 1" is policy.yaml in a new, empty folder. One that begins with
+"zxpolicyTest: 1" is tests.yaml there, and a block of TSV is mails.tsv. The blocks of console lines after it are run there, on a store of that folder: each line that begins with "$ " is given to the shell,
 with the tool and the scripts beside this one in the search path, and the lines below it are what it prints, on standard
 output and standard error together. The policy is applied before, unless the first command does that itself.
 """
@@ -26,7 +26,7 @@ class Example:
 
     def __init__(self, policy, tool):
         self.folder = tempfile.TemporaryDirectory()
-        Path(self.folder.name, "policy.yaml").write_text(policy)
+        self.write("policy.yaml", policy)
         self.is_fresh = True
         here = str(Path(__file__).resolve().parent)
         self.environment = {
@@ -35,6 +35,9 @@ class Example:
             "LC_ALL": "C.UTF-8",
         }
         self.environment.update({k: v for k, v in os.environ.items() if k.endswith("SAN_OPTIONS")})
+
+    def write(self, name, text):
+        Path(self.folder.name, name).write_text(text)
 
     def run(self, command):
         if self.is_fresh and " apply " not in command:
@@ -62,6 +65,10 @@ def examples_of(document, tool):
     for kind, block in BLOCK.findall(document.read_text()):
         if kind == "yaml" and block.startswith("zxpolicy: 1\n"):
             example = Example(block, tool)
+        elif kind == "yaml" and block.startswith("zxpolicyTest: 1\n"):
+            example.write("tests.yaml", block)
+        elif kind == "tsv":
+            example.write("mails.tsv", block)
         if kind == "console":
             for command, expected in commands_of(block):
                 yield command, expected.rstrip(), example.run(command).rstrip()

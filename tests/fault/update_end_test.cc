@@ -1,6 +1,7 @@
 // What a match finds at the moment when another thread's change of a list has just ended, well or not.
 #include <gtest/gtest.h>
 
+#include "addrlist/normal_addr_list.h"
 #include "fault/world.h"
 
 namespace {
@@ -90,6 +91,37 @@ TEST_F(UpdateEnd, AMatchSeesNothingOfAChangeThatWasNotKept) {
     failNoStoreCall();
     EXPECT_GE(ends, 1);
     EXPECT_FALSE(isTaken("b@x.example"));
+}
+
+// What opening a list ends with while somebody else changes it without end: no reason to pass over the rule, as any
+// other failure is.
+TEST_F(UpdateEnd, AMatchThatCannotHaveAListFails) {
+    // The result of a match of which the `call`-th reading of values fails; a success when there are not so many.
+    const auto match = [&](uint64_t call, int code) {
+        const char* receivers[] = {"r@r.example", nullptr};
+        const char** list = receivers;
+        _ZxPolMatchPair* pairs = nullptr;
+        uint32_t count = 0;
+        int error = ZXPOL_S_OK;
+        ZxPolNormalAddrList::clearAddrCacheByName("Shut", &error);
+        failStoreCall(call, code, StoreOp::enumValue);
+        lib(zxpol_matchRuleByMailInfo, world.ruleHive, world.listHive, "a@x.example", list, &pairs, &count, &error);
+        const bool isPlanned = storeCallFailed();
+        failNoStoreCall();
+        int freed = ZXPOL_S_OK;
+        zxpol_freeMatchPair(pairs, count, &freed);
+        return std::make_pair(isPlanned, error);
+    };
+    int failures = 0;
+    for (uint64_t call = 1;; ++call) {
+        const auto [isPlanned, error] = match(call, ZXREG_E_BUSY);
+        if (!isPlanned) break;
+        if (error == ZXPOL_S_OK) continue;
+        ++failures;
+        EXPECT_EQ(ZXREG_E_BUSY, error);
+        EXPECT_EQ(ZXPOL_S_OK, match(call, ZXREG_E_IO).second);
+    }
+    EXPECT_GT(failures, 0);
 }
 
 }  // namespace

@@ -228,9 +228,10 @@ TEST_F(ClassificationPolicyTest, AConditionThatNamesNoListIsAnErrorUnlessAllowed
     }
     const Outcome allowed = run({"apply", "--allow-dangling", file});
     EXPECT_EQ(allowed.status, 0);
-    EXPECT_EQ(allowed.err, "zxpolicy: warning: " + inCase + "\nzxpolicy: warning: " + file +
-                               ":11:20: the sender \"(Nosuch)\" of a condition of rule \\A names no list of this file: "
-                               "a mail that gets to this condition passes over the rule\n");
+    EXPECT_EQ(allowed.err,
+              "zxpolicy: warning: " + inCase + "\nzxpolicy: warning: " + file +
+                  ":11:20: the sender \"(Nosuch)\" of a condition of rule \\A names no list of the policy: "
+                  "a mail that gets to this condition passes over the rule\n");
     const Outcome dumped = run({"apply", "-"}, dump());
     EXPECT_EQ(dumped.status, 3);
     EXPECT_THAT(dumped.err, HasSubstr("--allow-dangling"));
@@ -249,7 +250,7 @@ TEST_F(ClassificationPolicyTest, AConditionOfTheRootRuleThatNamesNoListStopsMatc
     const Outcome refused = run({"apply", "-"}, policy);
     EXPECT_EQ(refused.status, 3);
     EXPECT_THAT(refused.err,
-                HasSubstr("the sender \"(Nosuch)\" of a condition of rule \\ names no list of this file: a "
+                HasSubstr("the sender \"(Nosuch)\" of a condition of rule \\ names no list of the policy: a "
                           "mail that gets to this condition cannot be matched at all; correct it"));
     EXPECT_EQ(run({"apply", "--allow-dangling", "-"}, policy).status, 0);
     EXPECT_EQ(run({"match", "--sender", "a@b", "--receiver", "c@d"}).status, 3);

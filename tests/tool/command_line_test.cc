@@ -25,7 +25,16 @@ TEST_F(CommandLineTest, HelpAndVersionSucceed) {
                                                       {"list", "--help"},
                                                       {"test", "--help"},
                                                       {"replay", "--help"},
-                                                      {"list", "import", "--help"}}) {
+                                                      {"explain", "--help"},
+                                                      {"lint", "--help"},
+                                                      {"report", "--help"},
+                                                      {"list", "import", "--help"},
+                                                      {"tree", "--help"},
+                                                      {"rule", "--help"},
+                                                      {"rule", "add", "--help"},
+                                                      {"task", "set", "--help"},
+                                                      {"classification", "--help"},
+                                                      {"diff", "--help"}}) {
         const Outcome outcome = runPlain(arguments);
         EXPECT_EQ(outcome.status, 0);
         EXPECT_THAT(outcome.out, HasSubstr("--help"));
@@ -76,7 +85,21 @@ TEST_F(CommandLineTest, WrongUsageExitsWith2AndSaysItInOneLine) {
           {"replay", "--envelopes", "a", "--bad-lines", "-1"},
           {"replay", "--envelopes", "a", "--changes", "b"},
           {"replay", "--envelopes", "a", "--samples", "1"},
-          {"replay", "--envelopes", "a", "--weight", "name"}}) {
+          {"replay", "--envelopes", "a", "--weight", "name"},
+          {"tree", "\\A", "\\B"},
+          {"rule"},
+          {"rule", "show"},
+          {"rule", "add"},
+          {"rule", "add", "\\A", "--add-condition", "*,*"},
+          {"rule", "set", "\\A", "--condition", "*,*"},
+          {"rule", "move", "\\A"},
+          {"rule", "move", "\\A", "--position", "1", "--recursive"},
+          {"task", "set", "\\t", "--position", "1"},
+          {"task", "add", "\\t", "--remove-setting", "a"},
+          {"classification", "list"},
+          {"classification", "move", "A\\b"},
+          {"diff", "a"},
+          {"diff", "a", "b", "c"}}) {
         const Outcome outcome = runPlain(arguments);
         EXPECT_EQ(outcome.status, 2) << testing::PrintToString(arguments);
         EXPECT_EQ(outcome.out, "");

@@ -15,7 +15,7 @@ using testing::HasSubstr;
 
 class DiffDecisionsTest : public ToolTest {
 protected:
-    Outcome diff(const std::string& before, const std::string& after, DiffDecisionsOptions options = {}) {
+    Outcome diff(const std::string& before, const std::string& after, DiffOptions options = {}) {
         options.before = write("before.yaml", before);
         options.after = write("after.yaml", after);
         std::ostringstream out, err;
@@ -83,13 +83,13 @@ TEST_F(DiffDecisionsTest, DependsOnTheWayOfMatching) {
         "  rules: [{name: B, conditions: [{sender: \"*\", receiver: x@a.example}]}, {name: A, conditions: [{sender: "
         "\"*\", receiver: \"*@a.example\"}]}]\n");
     EXPECT_EQ(diff(one, other).status, 1);
-    DiffDecisionsOptions options;
+    DiffOptions options;
     options.match.isBest = true;
     EXPECT_EQ(diff(one, other, options).status, 0);
 }
 
 TEST_F(DiffDecisionsTest, ReportsAsJson) {
-    DiffDecisionsOptions options;
+    DiffOptions options;
     options.format = OutputFormat::Json;
     EXPECT_EQ(diff(policyFor("*@a.example"), policyFor("x@a.example"), options).out,
               "{\"version\":1,\"kinds\":3,\"changed\":1,\"changes\":[{\"before\":{\"rule\":\"\\\\A\",\"tasks\":["

@@ -47,9 +47,11 @@ TEST(OrderPlan, MakesEveryOrderOfEveryOtherWithTheFewestMoves) {
         for (size_t i = 0; i < wanted.size(); ++i)
             if ((set >> i & 1u) != 0) current.push_back(wanted[i]);
         do {
-            const std::vector<OrderStep> steps = planOrder(current, wanted);
-            EXPECT_EQ(follow(current, wanted, steps), wanted);
-            EXPECT_EQ(steps.size(), wanted.size() - longestRun(current, wanted));
+            for (const char* moved : {"", "a", "c", "e"}) {
+                const std::vector<OrderStep> steps = planOrder(current, wanted, moved);
+                EXPECT_EQ(follow(current, wanted, steps), wanted);
+                EXPECT_EQ(steps.size(), wanted.size() - longestRun(current, wanted));
+            }
         } while (std::next_permutation(current.begin(), current.end()));
     }
 }
@@ -59,6 +61,19 @@ TEST(OrderPlan, MovesOneItemOnceEvenFromOneEndToTheOther) {
     EXPECT_EQ(planOrder({"a", "b", "c", "d"}, {"d", "a", "b", "c"}).size(), 1u);
     EXPECT_TRUE(planOrder({"a", "b"}, {"a", "b"}).empty());
     EXPECT_TRUE(planOrder({}, {}).empty());
+}
+
+TEST(OrderPlan, OfTwoThatChangePlacesTheOneAskedForIsMoved) {
+    for (const char* moved : {"b", "c"}) {
+        const std::vector<std::string> wanted{"a", "c", "b", "d"};
+        const std::vector<OrderStep> steps = planOrder({"a", "b", "c", "d"}, wanted, moved);
+        ASSERT_EQ(steps.size(), 1u);
+        EXPECT_EQ(wanted[steps[0].index], moved);
+    }
+    // What takes more moves than others is not done.
+    EXPECT_EQ(planOrder({"a", "b", "c"}, {"c", "a", "b"}, "a").size(), 1u);
+    EXPECT_TRUE(planOrder({"a", "b"}, {"a", "b"}, "a").empty());
+    EXPECT_EQ(planOrder({"a", "b"}, {"b", "a"}, "none").size(), 1u);
 }
 
 }  // namespace tool

@@ -97,6 +97,9 @@ TEST_F(PasswordMemory, NothingOfItStaysBehindACommand) {
         EXPECT_FALSE(run({"apply", "--dry-run", fileWith(secret, kList)}));
         EXPECT_FALSE(run({"dump"}));
         EXPECT_FALSE(run({"list", "--json"}));
+        EXPECT_FALSE(run({"rule", "set", "\\", "--comment", std::to_string(size)}));
+        EXPECT_FALSE(run({"tree"}));
+        EXPECT_FALSE(run({"diff", path("p.yaml"), path("p.yaml")}));
         EXPECT_TRUE(run({"dump", "--with-secrets"}));
     }
 }
@@ -105,8 +108,11 @@ TEST_F(PasswordMemory, NoLogAndNoOutputShowsIt) {
     const std::vector<std::string> all{"ZXBASE_DEBUG=all", "ZXBASE_LOG_LEVEL=9"};
     const std::string policy = std::string(kList) + "    password: \"correct horse battery\"\n" +
                                "root: {conditions: [{sender: \"*\", receiver: \"*\"}]}\n";
-    for (const std::vector<std::string>& command :
-         {std::vector<std::string>{"apply", "-"}, {"apply", "--json", "-"}, {"dump"}, {"list", "--json"}}) {
+    for (const std::vector<std::string>& command : {std::vector<std::string>{"apply", "-"},
+                                                    {"apply", "--json", "-"},
+                                                    {"dump"},
+                                                    {"list", "--json"},
+                                                    {"diff", "-", location()}}) {
         std::vector<std::string> arguments{"--store", location()};
         arguments.insert(arguments.end(), command.begin(), command.end());
         const Outcome outcome = runPlain(arguments, all, policy);

@@ -48,7 +48,7 @@ protected:
     const RuleVisit& visit(size_t index) const { return _explanation.walks.at(0).rules.at(index); }
     std::string text() const {
         std::ostringstream out;
-        printText(out, _explanation);
+        printText(out, _explanation, Colours(false), SIZE_MAX);
         return out.str();
     }
     nlohmann::json json() const {

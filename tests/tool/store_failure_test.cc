@@ -6,12 +6,15 @@
 
 #include "addrlist/normal_addr_list.h"
 #include "apply.h"
+#include "classification_commands.h"
+#include "diff_command.h"
 #include "dump_command.h"
 #include "fixed_policy.h"
 #include "policy_reader.h"
 #include "policy_store_reader.h"
 #include "policy_writer.h"
 #include "refs_command.h"
+#include "rule_commands.h"
 #include "support/fault_store.h"
 #include "tool_fixture.h"
 
@@ -46,6 +49,19 @@ ExitStatus askForACopy(std::ostream& out) {
     requireNoProblems(stored.problems, "cannot read the copy");
     out << writePolicy(stored.policy);
     return kSuccess;
+}
+
+std::function<ExitStatus(std::ostream&)> show(void (*run)(const RuleShowOptions&, std::ostream&), const char* path) {
+    return [=](std::ostream& out) { return run({kFailingStore, path, OutputFormat::Text}, out), kSuccess; };
+}
+
+ExitStatus askForActions(std::ostream& out) {
+    runClassificationShow({kFailingStore, "Bad", OutputFormat::Json}, out);
+    return kSuccess;
+}
+
+ExitStatus askForDifferences(std::ostream& out) {
+    return runDiff({kFailingStore, kFailingStore, {}, 5, OutputFormat::Text}, out);
 }
 
 const std::string kQuestioned =
@@ -122,7 +138,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Question{"RefsToNoList", kAnswerIsNo, refsTo(ZXPOL_REF_ADDRLIST, "Far")},
                     Question{"RefsToAClassification", kSuccess, refsTo(ZXPOL_REF_CLASSIFICATION, "Bad")},
                     Question{"RefsToNoClassification", kAnswerIsNo, refsTo(ZXPOL_REF_CLASSIFICATION, "Worse")},
-                    Question{"Dump", kSuccess, askForDump}, Question{"Copy", kSuccess, askForACopy}),
+                    Question{"Dump", kSuccess, askForDump}, Question{"Copy", kSuccess, askForACopy},
+                    Question{"Tree", kSuccess, show(runTree, "\\")},
+                    Question{"RuleShow", kSuccess, show(runRuleShow, "\\A")},
+                    Question{"TaskShow", kSuccess, show(runTaskShow, "\\A\\B\\u")},
+                    Question{"ClassificationShow", kSuccess, askForActions},
+                    Question{"Diff", kSuccess, askForDifferences}),
     [](const auto& test) { return std::string(test.param.name); });
 
 }  // namespace tool

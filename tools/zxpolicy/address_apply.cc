@@ -1,6 +1,7 @@
 #include "address_apply.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "address_text.h"
 #include "text.h"
@@ -24,7 +25,23 @@ std::string described(const char* word, const std::vector<std::string>& addresse
 
 AddressChanges addressChanges(const std::vector<std::string>& current, const std::vector<std::string>& wanted) {
     if (current == wanted) return {};
-    return {addressesBeyond(current, keysOf(wanted)), addressesBeyond(wanted, keysOf(current))};
+    // Making the keys takes the longest: each address has its key made once.
+    std::unordered_map<std::string, size_t> indexOf;
+    indexOf.reserve(current.size());
+    for (size_t i = 0; i < current.size(); ++i)
+        indexOf.emplace(addressKey(current[i]), i);
+    AddressChanges changes;
+    std::vector<bool> isKept(current.size(), false);
+    for (const std::string& address : wanted) {
+        const auto found = indexOf.find(addressKey(address));
+        if (found == indexOf.end())
+            changes.added.push_back(address);
+        else
+            isKept[found->second] = true;
+    }
+    for (size_t i = 0; i < current.size(); ++i)
+        if (!isKept[i]) changes.removed.push_back(current[i]);
+    return changes;
 }
 
 void changeAddresses(const ListHandle& list, const std::string& where, const AddressChanges& changes) {

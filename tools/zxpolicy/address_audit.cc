@@ -32,10 +32,12 @@ std::vector<std::string> storedAddressFaults(const std::vector<RawValue>& values
     for (const RawValue& value : values) {
         if (!isAddressValue(value) || value.type != ZXREG_MULTI_STRING || !splitTexts(value, texts)) continue;
         for (const std::string& address : texts) {
-            const std::string subject = "holds " + inQuotes(address) + ", which ";
+            const auto add = [&](const std::string& fault) {
+                faults.push_back("holds " + inQuotes(address) + ", which " + fault);
+            };
             const std::string fault = addressFault(address);
-            if (!fault.empty()) faults.push_back(subject + fault);
-            if (!keys.insert(addressKey(address)).second) faults.push_back(subject + "stands twice");
+            if (!fault.empty()) add(fault);
+            if (!keys.insert(addressKey(address)).second) add("stands twice");
         }
     }
     return faults;

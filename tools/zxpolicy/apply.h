@@ -22,9 +22,6 @@ struct ApplyResult {
 // the policy's file in messages. With `isDryRun` everything is done and taken back. Throws a ToolError.
 ApplyResult applyPolicy(const Store& store, const std::string& fileName, const Policy& policy, bool isDryRun);
 
-// Warns of conditions that name no list: the first of them, and how many there are more.
-void printDangling(std::ostream& err, const ReferenceFaults& faults);
-
 struct ApplyOptions {
     std::string store;
     std::string file;

@@ -6,6 +6,7 @@
 
 #include "change_log.h"
 #include "policy_file.h"
+#include "policy_store_reader.h"
 #include "progress.h"
 #include "store.h"
 
@@ -17,6 +18,16 @@ struct ApplyContext {
     ChangeLog changes;
     std::vector<std::string> warnings;
     Progress progress;
+    std::string moved =
+        {};  // the full name of what is to be moved rather than its siblings; empty where it is the same
+
+    // The last name of that when it is one of the siblings below `path`, else the empty text.
+    std::string movedBelow(const std::string& path) const {
+        const std::string above = childName(path, "");
+        const bool isBelow = moved.compare(0, above.size(), above) == 0;
+        const std::string name = isBelow ? moved.substr(above.size()) : "";
+        return name.find('\\') == std::string::npos ? name : "";
+    }
 };
 
 // Each brings one part of the store from what it holds to what is wanted, and logs what it did. They run within an
@@ -42,6 +53,12 @@ std::vector<std::string> applySetting(_ZxPolComHandle* key, const std::string& w
 
 // Warns of conditions below the root that no condition of the parent covers. Writes nothing.
 void warnOfUncovered(ApplyContext& context, const RuleHandle& root, const Rule& wanted);
+
+// All of these in their order.
+void applyDifferences(ApplyContext& context, const Policy& current, const Policy& wanted);
+
+// Reads the store back: what it holds now must be what was wanted, and nothing else. Throws a ToolError.
+void requireStored(const Store& store, const Policy& wanted, Secrets secrets, ListParts parts);
 
 // Copies a text that is known to fit into a field of a record.
 template <size_t size>

@@ -4,7 +4,6 @@
 #include <array>
 #include <ostream>
 
-#include "json.h"
 #include "text.h"
 
 namespace tool {
@@ -12,6 +11,16 @@ namespace tool {
 namespace {
 
 constexpr std::array kKinds{Change::Kind::Created, Change::Kind::Changed, Change::Kind::Moved, Change::Kind::Deleted};
+
+std::string line(const Change& change) {
+    std::string text = std::string(kindName(change.kind)) + " " + change.what;
+    if (!change.name.empty()) text += " " + oneLine(change.name);
+    for (size_t i = 0; i < change.details.size(); ++i)
+        text += (i == 0 ? " (" : "; ") + oneLine(change.details[i]);
+    return change.details.empty() ? text : text + ")";
+}
+
+}  // namespace
 
 const char* kindName(Change::Kind kind) {
     switch (kind) {
@@ -26,16 +35,6 @@ const char* kindName(Change::Kind kind) {
     }
     return "deleted";
 }
-
-std::string line(const Change& change) {
-    std::string text = std::string(kindName(change.kind)) + " " + change.what;
-    if (!change.name.empty()) text += " " + oneLine(change.name);
-    for (size_t i = 0; i < change.details.size(); ++i)
-        text += (i == 0 ? " (" : "; ") + oneLine(change.details[i]);
-    return change.details.empty() ? text : text + ")";
-}
-
-}  // namespace
 
 size_t ChangeLog::count(Change::Kind kind) const {
     return static_cast<size_t>(
@@ -56,26 +55,34 @@ void ChangeLog::printText(std::ostream& out, bool isDryRun) const {
         out << "nothing to change\n";
         return;
     }
-    const char* separator = "";
+    out << numbers() << (isDryRun ? "; dry run: nothing was written\n" : "\n");
+}
+
+std::string ChangeLog::numbers() const {
+    std::string text;
     for (Change::Kind kind : kKinds) {
         if (count(kind) == 0) continue;
-        out << separator << grouped(count(kind)) << ' ' << kindName(kind);
-        separator = ", ";
+        text += (text.empty() ? "" : ", ") + grouped(count(kind)) + " " + kindName(kind);
     }
-    out << (isDryRun ? "; dry run: nothing was written\n" : "\n");
+    return text;
 }
 
 void ChangeLog::printJson(std::ostream& out, bool isDryRun) const {
+    Json document = Json::object({{"dryRun", isDryRun}});
+    addTo(document);
+    out << document.line();
+}
+
+void ChangeLog::addTo(Json& document) const {
     Json changes = Json::array();
     for (const Change& change : _changes)
         changes.add(Json::object({{"change", kindName(change.kind)},
                                   {"what", change.what},
                                   {"name", change.name},
                                   {"details", change.details}}));
-    Json document = Json::object({{"dryRun", isDryRun}, {"changes", changes}});
+    document.add("changes", changes);
     for (Change::Kind kind : kKinds)
         document.add(kindName(kind), count(kind));
-    out << document.line();
 }
 
 void compare(std::vector<std::string>& details, const char* label, const std::string& before,

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "json.h"
 #include "output_format.h"
 
 namespace tool {
@@ -26,9 +27,14 @@ public:
         _changes.push_back({kind, what, name, details});
     }
     bool isEmpty() const { return _changes.empty(); }
+    const std::vector<Change>& changes() const { return _changes; }
 
     // Text: one line for each change and one with the numbers. JSON: one object.
     void print(std::ostream& out, OutputFormat format, bool isDryRun) const;
+    // "1 created, 2 changed"
+    std::string numbers() const;
+    // Adds the changes, and the numbers of each kind, to an object.
+    void addTo(Json& document) const;
 
 private:
     size_t count(Change::Kind kind) const;
@@ -37,6 +43,9 @@ private:
 
     std::vector<Change> _changes;
 };
+
+// "created", "changed", "moved" or "deleted"
+const char* kindName(Change::Kind kind);
 
 // Adds "LABEL: before -> after" to the details when the two differ.
 void compare(std::vector<std::string>& details, const char* label, const std::string& before, const std::string& after);

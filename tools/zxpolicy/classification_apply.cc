@@ -2,6 +2,7 @@
 #include <set>
 
 #include "apply_context.h"
+#include "attribute_differences.h"
 #include "classification_store_reader.h"
 #include "order_plan.h"
 #include "policy_check.h"
@@ -25,14 +26,6 @@ _ZxPolActionAttr recordOf(const Action& action) {
     copyText(attr.comment, action.comment);
     attr.actionType = action.actionType;
     return attr;
-}
-
-template <class Item>
-std::vector<std::string> attributeDifferences(const Item& current, const Item& wanted) {
-    std::vector<std::string> details;
-    compare(details, "displayName", current.displayName, wanted.displayName);
-    compare(details, "comment", current.comment, wanted.comment);
-    return details;
 }
 
 template <class Item>
@@ -62,7 +55,7 @@ public:
         wantedNames.reserve(wanted.size());
         for (const Action& action : wanted)
             wantedNames.push_back(action.name);
-        for (const OrderStep& step : planOrder(keptNames, wantedNames)) {
+        for (const OrderStep& step : planOrder(keptNames, wantedNames, _context.movedBelow(_classification))) {
             if (step.isNew)
                 create(wanted[step.index], step.position);
             else
@@ -106,7 +99,6 @@ private:
     void change(const Action& current, const Action& wanted) {
         if (current == wanted) return;
         std::vector<std::string> details = attributeDifferences(current, wanted);
-        compare(details, "actionType", current.actionType, wanted.actionType);
         int result = ZXPOL_S_OK;
         const ActionHandle handle(zxpol_openAction(_handle.get(), wanted.name.c_str(), &result));
         const _ZxPolActionAttr attr = recordOf(wanted);

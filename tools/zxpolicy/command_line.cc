@@ -1,20 +1,22 @@
 #include "command_line.h"
 
-// The parser's header takes longer to compile than all else here: this is the one file that has it.
-#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <functional>
 #include <iostream>
 #include <map>
 #include <memory>
 
 #include "apply.h"
+#include "command_options.h"
 #include "dump_command.h"
+#include "edit_command_line.h"
 #include "explain_command.h"
 #include "lint_command.h"
 #include "list_commands.h"
 #include "match_command.h"
 #include "refs_command.h"
 #include "replay_command.h"
+#include "report_command.h"
 #include "rule_tasks.h"
 #include "test_command.h"
 #include "text.h"
@@ -30,56 +32,33 @@ constexpr const char* kStatusHelp =
     "Exit status: 0 success, 1 the answer is no, 2 wrong usage, 3 the store or the policy failed.";
 constexpr const char* kEnvelopesHelp =
     "A file of mails, one a line: sender, TAB, receivers by comma; - is standard input";
-constexpr const char* kDryRunHelp = "Say what would change, and change nothing";
 
-// The words that an option takes.
-template <class Value>
-using Words = std::map<std::string, Value>;
-
-const Words<OutputFormat> kFormats{{"text", OutputFormat::Text}, {"json", OutputFormat::Json}};
-const Words<ZxPolMatchWeightType> kWeights{{"domain", ZXPOL_WEIGHT_DOMAIN_FIRST}, {"name", ZXPOL_WEIGHT_NAME_FIRST}};
-const Words<ZxPolMatchPriorityType> kPriorities{{"total", ZXPOL_PRIORITY_TOTAL},
-                                                {"sender", ZXPOL_PRIORITY_SENDER_FIRST},
-                                                {"receiver", ZXPOL_PRIORITY_RECEIVER_FIRST}};
 const Words<ListOrder> kOrders{
     {"user", ListOrder::User}, {"ascending", ListOrder::Ascending}, {"descending", ListOrder::Descending}};
 const Words<AddressFileFormat> kFileFormats{{"plain", AddressFileFormat::Plain},
                                             {"directory", AddressFileFormat::Directory}};
 
-// Adds an option that takes one of the words, which must outlive the command.
-template <class Value>
-CLI::Option* addWord(CLI::App& command, const std::string& name, Value& value, const Words<Value>& words,
-                     const std::string& help) {
-    std::string list;
-    for (const auto& [word, meaning] : words)
-        list += (list.empty() ? "" : "|") + word;
-    const auto set = [&value, &words, name, list](const std::string& text) {
-        const auto found = words.find(text);
-        if (found == words.end()) throw CLI::ValidationError(name, inQuotes(text) + " is not one of " + list);
-        value = found->second;
-    };
-    return command.add_option_function<std::string>(name, set, help)->type_name(list);
-}
-
-// Adds --json, and --format as well unless that means something else in this command.
-void addReport(CLI::App& command, OutputFormat& format, bool hasFormat = true) {
-    const auto setJson = [&format](int64_t) { format = OutputFormat::Json; };
-    CLI::Option* json = command.add_flag_function("--json", setJson, "Report as JSON");
-    if (hasFormat) addWord(command, "--format", format, kFormats, "How to report (default text)")->excludes(json);
-}
-
-// Adds the options that say how mails are matched.
-void addMatchOptions(CLI::App& command, MatchOptions& match) {
-    CLI::Option* best = command.add_flag("--best", match.isBest, "Take the best match, not the first");
-    addWord(command, "--priority", match.priority, kPriorities, "What the best match compares (default total)")
-        ->needs(best);
-    addWord(command, "--weight", match.weight, kWeights, "What weighs more in a pattern (default domain)")->needs(best);
-}
-
 TaskLookup lookupTasks(const Store& store) {
     return [tasks = std::make_shared<const RuleTasks>(store)](const std::string& rulePath) {
         return tasks->namesOf(rulePath);
     };
+}
+
+// The arguments as the parser takes them: the last one first. It would take what follows "--name=" for the value that
+// is not there; behind a name by itself it takes the empty text.
+std::vector<std::string> argumentsOf(int argc, char** argv) {
+    std::vector<std::string> arguments;
+    bool isOption = true;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        isOption = isOption && argument != "--";
+        const bool isWithoutValue =
+            isOption && argument.rfind("--", 0) == 0 && argument.find('=') + 1 == argument.size();
+        arguments.push_back(isWithoutValue ? argument.substr(0, argument.size() - 1) : argument);
+        if (isWithoutValue) arguments.emplace_back();
+    }
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
 }
 
 // The options and commands, and the command that was chosen.
@@ -103,11 +82,15 @@ public:
         addList();
         addTest();
         addReplay();
+        addReportPage();
+        _edits.addTo(_app, [this](CLI::App& command, const EditCommands::Run& run) {
+            command.callback([this, run] { _command = [this, run] { return run(_store); }; });
+        });
     }
 
     int run(int argc, char** argv) {
         try {
-            _app.parse(argc, argv);
+            _app.parse(argumentsOf(argc, argv));
         } catch (const CLI::Success& success) {
             return _app.exit(success), kSuccess;
         } catch (const CLI::ParseError& wrong) {
@@ -122,7 +105,8 @@ private:
         const std::vector<std::string> unknown = _app.remaining();
         if (hasNoCommand && !unknown.empty()) return "there is no command or option " + inQuotes(unknown.front());
         if (hasNoCommand && wrong.get_name() == "RequiredError")
-            return "a command is needed: apply, dump, match, explain, test, replay, refs, lint or list";
+            return "a command is needed: apply, dump, match, explain, test, replay, lint, report, diff, tree, rule, "
+                   "task, classification, list or refs";
         return oneLine(wrong.what());
     }
 
@@ -318,6 +302,18 @@ private:
         onCall(command, _test, [this] { return runTest(_test, std::cout, std::cerr); });
     }
 
+    void addReportPage() {
+        CLI::App& command = *_app.add_subcommand("report", "Write a page on the policy and recorded traffic");
+        command.add_option("--envelopes", _report.envelopes, kEnvelopesHelp)->required()->type_name("FILE");
+        command.add_option("--html", _report.html, "The page to write")->required()->type_name("FILE");
+        command.add_option("--roads", _report.roads, "How many mails to explain at most (default 200)")
+            ->type_name("NUMBER");
+        addMatchOptions(command, _report.match);
+        command.footer("Exit status: 0 success, 1 some lines of the traffic were bad.");
+        _report.tasks = lookupTasks;
+        onCall(command, _report, [this] { return runReport(_report, std::cout, std::cerr); });
+    }
+
     void addReplay() {
         CLI::App& command = *_app.add_subcommand("replay", "Decide on recorded mails, and add the decisions up");
         command.add_option("--envelopes", _replay.envelopes, kEnvelopesHelp)->type_name("FILE")->required();
@@ -356,6 +352,8 @@ private:
     ListExportOptions _export;
     TestOptions _test;
     ReplayOptions _replay;
+    ReportOptions _report;
+    EditCommands _edits;
     std::function<ExitStatus()> _command;
 };
 

@@ -6,9 +6,9 @@
 #include "analysis/part_automaton.h"
 #include "fixed_policy.h"
 #include "folding.h"
-#include "terminal_width.h"
 #include "json.h"
 #include "pattern/rfc2822_checker.h"
+#include "terminal_width.h"
 #include "text.h"
 
 namespace tool {
@@ -111,12 +111,12 @@ void printText(std::ostream& out, const DecisionDiff& diff) {
 }
 
 FixedPolicy openPolicy(const std::string& policy, std::ostream& err) {
-    return isLocation(policy) ? FixedPolicy(policy) : FixedPolicy(policy, nullptr, err);
+    return isStoreLocation(policy) ? FixedPolicy(policy) : FixedPolicy(policy, nullptr, err);
 }
 
 }  // namespace
 
-ExitStatus runDiffDecisions(const DiffDecisionsOptions& options, std::ostream& out, std::ostream& err) {
+ExitStatus runDiffDecisions(const DiffOptions& options, std::ostream& out, std::ostream& err) {
     const FixedPolicy before = openPolicy(options.before, err), after = openPolicy(options.after, err);
     DecisionDiff diff;
     try {

@@ -1,8 +1,10 @@
 // How explanations are shown.
 #pragma once
 
+#include <cstddef>
 #include <iosfwd>
 
+#include "colours.h"
 #include "explanation.h"
 
 namespace tool {
@@ -11,6 +13,7 @@ namespace tool {
 void printJson(std::ostream& out, const Explanation& explanation);
 
 // For a person: the rules looked at for each receiver, the tasks looked at for each rule, and the answer.
-void printText(std::ostream& out, const Explanation& explanation);
+// In lines of at most `width` columns.
+void printText(std::ostream& out, const Explanation& explanation, const Colours& colours, size_t width);
 
 }  // namespace tool

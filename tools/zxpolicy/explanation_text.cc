@@ -6,7 +6,6 @@
 #include "match_report.h"
 #include "result_names.h"
 #include "statements.h"
-#include "terminal_width.h"
 #include "text.h"
 
 namespace tool {
@@ -141,9 +140,7 @@ std::string wayText(const MatchOptions& options) {
 
 }  // namespace
 
-void printText(std::ostream& out, const Explanation& explanation) {
-    const Colours colours = Colours::ofOutput();
-    const size_t width = terminalWidth();
+void printText(std::ostream& out, const Explanation& explanation, const Colours& colours, size_t width) {
     const auto heading = [&](const std::string& text) {
         for (const std::string& line : folded(text, width))
             out << colours.paint(line, Tone::Strong) << '\n';

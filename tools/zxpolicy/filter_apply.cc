@@ -1,15 +1,8 @@
 #include "apply_context.h"
+#include "attribute_differences.h"
 #include "tool_error.h"
 
 namespace tool {
-
-namespace {
-
-const char* word(FilterPriority priority) {
-    return priority == FilterPriority::Ascending ? "asc" : "desc";
-}
-
-}  // namespace
 
 void applyExclusiveFilters(ApplyContext& context, const RuleHiveHandle& hive, const Policy& current,
                            const Policy& wanted) {
@@ -30,8 +23,9 @@ void applyExclusiveFilters(ApplyContext& context, const RuleHiveHandle& hive, co
         if (isNew)
             context.changes.add(Change::Kind::Created, "exclusive filter", std::to_string(filter));
         else
-            context.changes.add(Change::Kind::Changed, "exclusive filter", std::to_string(filter),
-                                {std::string("priority: ") + word(found->second) + " -> " + word(priority)});
+            context.changes.add(
+                Change::Kind::Changed, "exclusive filter", std::to_string(filter),
+                {std::string("priority: ") + priorityWord(found->second) + " -> " + priorityWord(priority)});
     }
 }
 

@@ -6,6 +6,7 @@
 #include "list_store_reader.h"
 #include "policy_reader.h"
 #include "policy_references.h"
+#include "remarks.h"
 #include "store_copy.h"
 #include "text.h"
 
@@ -38,7 +39,8 @@ FixedPolicy::FixedPolicy(const std::string& location) : _name(location) {
 FixedPolicy::FixedPolicy(const std::string& file, const FixedPolicy* base, std::ostream& err)
     : _name(file == "-" ? "standard input" : file) {
     const Policy policy = readPolicy(_name, readFile(file));
-    printDangling(err, findReferenceFaults(YamlSource(_name), policy));
+    printRemarks(err, "warning", findReferenceFaults(YamlSource(_name), policy).dangling,
+                 " more sides of conditions name no list");
     if (base != nullptr)
         copyStore(base->store(), _copy);
     else

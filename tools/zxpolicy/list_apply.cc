@@ -2,6 +2,7 @@
 
 #include "address_apply.h"
 #include "apply_context.h"
+#include "attribute_differences.h"
 #include "list_store_reader.h"
 #include "raw_key.h"
 #include "text.h"
@@ -54,27 +55,6 @@ const std::vector<std::string>& addressesOf(const AddressList& list) {
     return normal == nullptr ? kNone : addressesOf(*normal);
 }
 
-// Adds what differs in the attributes that lists of all kinds have.
-template <class Before, class After>
-void compareCommon(std::vector<std::string>& details, const Before& before, const After& after) {
-    compare(details, "displayName", before.displayName, after.displayName);
-    compare(details, "comment", before.comment, after.comment);
-}
-
-std::vector<std::string> differences(const DirectoryList& current, const DirectoryList& wanted) {
-    std::vector<std::string> details;
-    compareCommon(details, current, wanted);
-    compare(details, "server", current.server, wanted.server);
-    compare(details, "port", current.port, wanted.port);
-    compare(details, "searchroot", current.searchroot, wanted.searchroot);
-    compare(details, "authentication", current.authentication, wanted.authentication);
-    compare(details, "schematype", current.schematype, wanted.schematype);
-    compare(details, "username", current.username, wanted.username);
-    compare(details, "filter", current.filter, wanted.filter);
-    if (wanted.password && wanted.password != current.password) details.emplace_back("password");
-    return details;
-}
-
 class ListApply {
 public:
     ListApply(ApplyContext& context, const ListHiveHandle& hive) : _context(context), _hive(hive) {}
@@ -95,17 +75,19 @@ public:
     }
 
     void change(const std::string& name, const AddressList& current, const AddressList& wanted) {
-        std::vector<std::string> details;
+        std::vector<std::string> details = attributeDifferences(current, wanted);
         if (current.index() != wanted.index())
-            details = replace(name, current, wanted);
+            replace(name, current, wanted, details);
         else if (const auto* normal = std::get_if<NormalList>(&wanted))
-            details = changeNormal(name, std::get<NormalList>(current), *normal);
+            changeNormal(name, std::get<NormalList>(current), *normal, details);
         else
-            details = changeDirectory(name, std::get<DirectoryList>(current), std::get<DirectoryList>(wanted));
+            changeDirectory(name, std::get<DirectoryList>(current), std::get<DirectoryList>(wanted), details);
         if (!details.empty()) _context.changes.add(Change::Kind::Changed, kWhat, name, details);
     }
 
 private:
+    using Details = std::vector<std::string>;
+
     static constexpr const char* kWhat = "address list";
 
     void erase(const std::string& name) {
@@ -126,41 +108,32 @@ private:
     // nothing shows any more, or addresses that count again as soon as somebody changes the kind back. So it is deleted
     // and made anew, and its addresses are gone, as the file says of a directory list. Conditions name lists by their
     // names and do not notice.
-    std::vector<std::string> replace(const std::string& name, const AddressList& current, const AddressList& wanted) {
+    void replace(const std::string& name, const AddressList& current, const AddressList& wanted, Details& details) {
         erase(name);
         make(name, wanted);
-        const bool isDirectory = std::holds_alternative<DirectoryList>(wanted);
-        std::vector<std::string> details{isDirectory ? "type: normal -> directory" : "type: directory -> normal"};
-        std::visit([&](const auto& before, const auto& after) { compareCommon(details, before, after); }, current,
-                   wanted);
         describeAddresses(details, {addressesOf(current), addressesOf(wanted)});
-        return details;
     }
 
-    std::vector<std::string> changeNormal(const std::string& name, const NormalList& current,
-                                          const NormalList& wanted) {
-        std::vector<std::string> details;
-        compareCommon(details, current, wanted);
+    void changeNormal(const std::string& name, const NormalList& current, const NormalList& wanted, Details& details) {
         const bool hasOtherAttributes = !details.empty();
         const AddressChanges changes =
             wanted.addresses ? addressChanges(addressesOf(current), addressesOf(wanted)) : AddressChanges{};
         describeAddresses(details, changes);
-        if (details.empty()) return details;
+        if (details.empty()) return;
         int result = ZXPOL_S_OK;
         const ListHandle list(zxpol_openAddrList(_hive.get(), name.c_str(), &result));
         const ListRecord attr = recordOf(wanted);
         if (hasOtherAttributes) zxpol_setAddrListAttrib(list.get(), &attr, &result);
         require(result, "cannot change " + listText(name));
         changeAddresses(list, listText(name), changes);
-        return details;
     }
 
     // The interface writes a password with the other attributes, so that one which the file does not name is put back
     // as it was.
-    std::vector<std::string> changeDirectory(const std::string& name, const DirectoryList& current,
-                                             const DirectoryList& wanted) {
-        std::vector<std::string> details = differences(current, wanted);
-        if (details.empty()) return details;
+    void changeDirectory(const std::string& name, const DirectoryList& current, const DirectoryList& wanted,
+                         Details& details) {
+        if (wanted.password && wanted.password != current.password) details.emplace_back("password");
+        if (details.empty()) return;
         const KeyHandle key = openRawKey(_context.store.key(), "AddressList\\" + name);
         const std::string password = wanted.password ? "" : rawData(key.get(), "password", listText(name));
         const ListRecord attr = recordOf(wanted);
@@ -171,7 +144,6 @@ private:
             zxreg_setValue(key.get(), "password", ZXREG_PROTECTED_STRING, password.data(),
                            static_cast<uint32_t>(password.size()), &result);
         require(result, "cannot change " + listText(name));
-        return details;
     }
 
     ApplyContext& _context;

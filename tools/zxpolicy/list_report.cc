@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "list_store_reader.h"
+#include "remarks.h"
 #include "result_names.h"
 #include "text.h"
 
@@ -18,10 +19,7 @@ void printPassedOver(std::ostream& out, const std::vector<PassedOver>& addresses
 }
 
 void requireReport(std::ostream& out, const ListOptions& options, bool isDryRun) {
-    if (out.flush() || isDryRun) return;
-    throw ToolError(kFailed,
-                    listText(options.name) + " was changed in " + oneLine(options.store) +
-                        ", but the report could not be written to standard output: check the disk's free space");
+    requireReported(out, listText(options.name) + " was changed in " + oneLine(options.store), isDryRun);
 }
 
 ExitStatus closeReport(std::ostream& err, const std::string& what, uint64_t leftOver, int code) {

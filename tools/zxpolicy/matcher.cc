@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "condition_watch.h"
+#include "snapshot.h"
 #include "text.h"
 #include "tool_error.h"
 
@@ -126,8 +127,10 @@ Decision Matcher::decideUnchanged(const Envelope& envelope, std::vector<const ch
         }
     }
     StoreUpdate update(_store);
+    const uint64_t before = _store.stamp();
     _tasks.clear();
     Decision decision = decideOnce(envelope, receivers);
+    requireUnchanged(_store, before);
     update.cancel();
     _tasksStamp = 0;
     return decision;

@@ -14,10 +14,6 @@ namespace {
 
 constexpr const char* kAdvice = "zxpolicy list shows those that there are";
 
-std::string codeText(int code) {
-    return describeResult(code).substr(0, describeResult(code).find(':'));
-}
-
 }  // namespace
 
 ListHive::ListHive(const Store& store) : _store(store) {

@@ -28,9 +28,24 @@ std::vector<bool> longestAscending(const std::vector<size_t>& numbers) {
     return belongs;
 }
 
+// The same, without `moved` where one as long goes without it.
+std::vector<bool> staying(const std::vector<size_t>& numbers, size_t moved) {
+    std::vector<bool> longest = longestAscending(numbers);
+    const auto at = std::find(numbers.begin(), numbers.end(), moved) - numbers.begin();
+    if (at == static_cast<std::ptrdiff_t>(numbers.size()) || !longest[static_cast<size_t>(at)]) return longest;
+    std::vector<size_t> others = numbers;
+    others.erase(others.begin() + at);
+    std::vector<bool> without = longestAscending(others);
+    if (std::count(without.begin(), without.end(), true) < std::count(longest.begin(), longest.end(), true))
+        return longest;
+    without.insert(without.begin() + at, false);
+    return without;
+}
+
 }  // namespace
 
-std::vector<OrderStep> planOrder(const std::vector<std::string>& current, const std::vector<std::string>& wanted) {
+std::vector<OrderStep> planOrder(const std::vector<std::string>& current, const std::vector<std::string>& wanted,
+                                 const std::string& moved) {
     std::map<std::string, size_t> indexOf;
     for (size_t i = 0; i < wanted.size(); ++i)
         indexOf.emplace(wanted[i], i);
@@ -40,7 +55,8 @@ std::vector<OrderStep> planOrder(const std::vector<std::string>& current, const 
         line.push_back(indexOf.at(name));
     std::vector<bool> isThere(wanted.size(), false);
     std::vector<bool> stays(wanted.size(), false);
-    const std::vector<bool> ascending = longestAscending(line);
+    const auto hint = indexOf.find(moved);
+    const std::vector<bool> ascending = staying(line, hint == indexOf.end() ? kNone : hint->second);
     for (size_t i = 0; i < line.size(); ++i) {
         isThere[line[i]] = true;
         stays[line[i]] = ascending[i];

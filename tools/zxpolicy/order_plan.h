@@ -16,7 +16,9 @@ struct OrderStep {
 };
 
 // The steps, to be done in turn, that make `wanted` of `current`. All of `current` must be in `wanted`; both hold
-// each name once. The items that stay are a longest run that is in the right order already.
-std::vector<OrderStep> planOrder(const std::vector<std::string>& current, const std::vector<std::string>& wanted);
+// each name once. The items that stay are a longest run that is in the right order already; where there are several
+// such runs, one without the item `moved`, if that is given.
+std::vector<OrderStep> planOrder(const std::vector<std::string>& current, const std::vector<std::string>& wanted,
+                                 const std::string& moved = "");
 
 }  // namespace tool

@@ -62,7 +62,7 @@ private:
         _faults.dangling.push_back(
             subject +
             (similar.empty()
-                 ? " names no list of this file"
+                 ? " names no list of the policy"
                  : " names list " + inQuotes(similar) + " in another letter case, in which matching does not find it") +
             (&rule == &_policy.root ? ": a mail that gets to this condition cannot be matched at all"
                                     : ": a mail that gets to this condition passes over the rule"));

@@ -74,6 +74,13 @@ void readExclusiveFilters(const RuleHiveHandle& hive, Policy& policy) {
     }
 }
 
+std::map<std::string, AddressList> namedLists(const Store& store) {
+    std::map<std::string, AddressList> lists;
+    for (const std::string& name : readListNames(store))
+        lists.emplace(name, NormalList{});
+    return lists;
+}
+
 }  // namespace
 
 std::string childRuleKey(const std::string& ruleKey, const std::string& name) {
@@ -136,16 +143,16 @@ std::map<std::string, OutcomeText> readStoredOutcomes(const TaskHandle& handle, 
     }
 }
 
-StoredPolicy readStoredPolicy(const Store& store, Secrets secrets) {
+StoredPolicy readStoredPolicy(const Store& store, Secrets secrets, ListParts parts) {
     StoredPolicy stored;
-    stored.problems = auditStore(store.key());
+    stored.problems = auditStore(store.key(), parts);
     if (!stored.problems.empty()) return stored;
 
     int result = ZXPOL_S_OK;
     const RuleHiveHandle rules(zxpol_openRuleHive(store.key(), 0, &result));
     const RuleHandle root(zxpol_openRootRule(rules.get(), &result));
     require(result, "cannot open the policy in " + oneLine(store.location()));
-    stored.policy.lists = readStoredLists(store, secrets);
+    stored.policy.lists = parts == ListParts::All ? readStoredLists(store, secrets) : namedLists(store);
     stored.policy.classifications = readStoredClassifications(store);
     readExclusiveFilters(rules, stored.policy);
     stored.policy.root = readRule(store, root, "\\", kRootRuleKey);
@@ -153,8 +160,8 @@ StoredPolicy readStoredPolicy(const Store& store, Secrets secrets) {
     return stored;
 }
 
-StoredPolicy readPolicySnapshot(const Store& store, Secrets secrets) {
-    return readAtOneMoment(store, [&] { return readStoredPolicy(store, secrets); });
+StoredPolicy readPolicySnapshot(const Store& store, Secrets secrets, ListParts parts) {
+    return readAtOneMoment(store, [&] { return readStoredPolicy(store, secrets, parts); });
 }
 
 void requireNoProblems(const std::vector<std::string>& problems, const std::string& what) {

@@ -12,6 +12,10 @@ namespace tool {
 
 enum class Secrets { Leave, Read };
 
+// How much of the address lists is read: for a change of rules their names are enough. A list of which nothing but the
+// name was read stands in the policy as one without addresses to compare.
+enum class ListParts { Names, All };
+
 // A policy as a store holds it, or the reasons why no policy file can say it.
 struct StoredPolicy {
     Policy policy;
@@ -19,10 +23,10 @@ struct StoredPolicy {
 };
 
 // Reads the policy, which the caller knows not to change meanwhile. Throws a StoreError.
-StoredPolicy readStoredPolicy(const Store& store, Secrets secrets);
+StoredPolicy readStoredPolicy(const Store& store, Secrets secrets, ListParts parts = ListParts::All);
 
 // Reads a policy as it stood at one moment, whatever other processes do. Throws a StoreError.
-StoredPolicy readPolicySnapshot(const Store& store, Secrets secrets);
+StoredPolicy readPolicySnapshot(const Store& store, Secrets secrets, ListParts parts = ListParts::All);
 
 // Throws a PolicyError naming the first problem and the number of the others, unless there are none.
 void requireNoProblems(const std::vector<std::string>& problems, const std::string& what);

@@ -87,11 +87,14 @@ const char* resultName(int code) {
     return entry == nullptr ? "unknown result" : entry->name;
 }
 
-std::string describeResult(int code) {
+std::string codeText(int code) {
     char number[16];
     std::snprintf(number, sizeof number, " (0x%08x)", static_cast<unsigned int>(code));
-    std::string text = resultName(code);
-    text += number;
+    return std::string(resultName(code)) + number;
+}
+
+std::string describeResult(int code) {
+    std::string text = codeText(code);
     if (isStoresOwn(code)) text += storesSentence();
     const ResultEntry* entry = findResult(code);
     return text + ": " + (entry == nullptr ? "see the documentation of the store in use" : entry->advice);

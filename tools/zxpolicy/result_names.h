@@ -15,6 +15,9 @@ bool hasReason(int code, unsigned int reason);
 // The name of a result code, such as "ZXPOL_E_NOT_FOUND"; "unknown result" for a code of another store.
 const char* resultName(int code);
 
+// "NAME (0x81021804)"
+std::string codeText(int code);
+
 // "NAME (0x81021804): what to do", with the store's own sentence in between where it has one for this code.
 std::string describeResult(int code);
 

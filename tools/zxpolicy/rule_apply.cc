@@ -3,6 +3,7 @@
 #include <set>
 
 #include "apply_context.h"
+#include "attribute_differences.h"
 #include "order_plan.h"
 #include "policy_store_reader.h"
 #include "text.h"
@@ -49,15 +50,6 @@ private:
         to.insert(to.end(), from.begin(), from.end());
     }
 
-    static std::vector<std::string> attributeDifferences(const Rule& current, const Rule& wanted) {
-        std::vector<std::string> details;
-        compare(details, "displayName", current.displayName, wanted.displayName);
-        compare(details, "comment", current.comment, wanted.comment);
-        compare(details, "matchType", static_cast<uint32_t>(current.matchType),
-                static_cast<uint32_t>(wanted.matchType));
-        return details;
-    }
-
     static bool hasNewChildren(const Rule& current, const Rule& wanted) {
         std::set<std::string> names;
         for (const Rule& child : current.rules)
@@ -96,7 +88,7 @@ private:
             kept[child.name] = &child;
             keptNames.push_back(child.name);
         }
-        for (const OrderStep& step : planOrder(keptNames, wantedNames)) {
+        for (const OrderStep& step : planOrder(keptNames, wantedNames, _context.movedBelow(_path))) {
             if (step.isNew)
                 createChild(wanted.rules[step.index], step.position);
             else

@@ -54,4 +54,10 @@ Setting readSetting(const YamlReader& reader, const YamlFields& fields, const st
     return setting;
 }
 
+Setting readSetting(const YamlReader& reader, const YamlNode& map) {
+    Setting setting;
+    readBelow(reader, map, "", setting);
+    return setting;
+}
+
 }  // namespace tool

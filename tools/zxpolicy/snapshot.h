@@ -2,9 +2,16 @@
 #pragma once
 
 #include "store.h"
+#include "text.h"
 #include "tool_error.h"
 
 namespace tool {
+
+// Throws a StoreError when the store has another stamp.
+inline void requireUnchanged(const Store& store, uint64_t stamp) {
+    if (store.stamp() != stamp)
+        throw StoreError("cannot read " + oneLine(store.location()) + " at one moment", ZXREG_E_BUSY);
+}
 
 // Runs `read` and returns what it returns, which is of one moment, whatever other processes do to the store. It may run
 // several times; what it throws counts only when the store did not change meanwhile.
@@ -20,9 +27,11 @@ auto readAtOneMoment(const Store& store, Read read) {
             if (store.stamp() == before) throw;
         }
     }
-    // Other writers wait.
+    // Other writers wait, but for those of a file that may only be read.
     StoreUpdate update(store);
+    const uint64_t before = store.stamp();
     auto result = read();
+    requireUnchanged(store, before);
     update.cancel();
     return result;
 }

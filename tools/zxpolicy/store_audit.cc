@@ -66,8 +66,9 @@ class Audit {
 public:
     explicit Audit(_ZxPolComHandle* store) : _store(store) {}
 
-    std::vector<std::string> run() {
-        if (const KeyHandle lists = openRawKey(_store, "AddressList")) lookAtLists(lists.get());
+    std::vector<std::string> run(ListParts parts) {
+        if (const KeyHandle lists = openRawKey(_store, "AddressList"); lists && parts == ListParts::All)
+            lookAtLists(lists.get());
         if (const KeyHandle classifications = openRawKey(_store, "Classification"))
             lookAtClassifications(classifications.get());
         if (const KeyHandle hive = openRawKey(_store, "Rule")) lookAtRuleHive(hive.get());
@@ -304,8 +305,8 @@ private:
 
 }  // namespace
 
-std::vector<std::string> auditStore(_ZxPolComHandle* store) {
-    return Audit(store).run();
+std::vector<std::string> auditStore(_ZxPolComHandle* store, ListParts parts) {
+    return Audit(store).run(parts);
 }
 
 }  // namespace tool

@@ -2,6 +2,7 @@
 #include <set>
 
 #include "apply_context.h"
+#include "attribute_differences.h"
 #include "order_plan.h"
 #include "text.h"
 #include "tool_error.h"
@@ -18,16 +19,6 @@ _ZxPolTaskAttr recordOf(const Task& task) {
     attr.enable = task.enable ? 1 : 0;
     attr.overridable = task.overridable ? 1 : 0;
     return attr;
-}
-
-std::vector<std::string> attributeDifferences(const Task& current, const Task& wanted) {
-    std::vector<std::string> details;
-    compare(details, "displayName", current.displayName, wanted.displayName);
-    compare(details, "comment", current.comment, wanted.comment);
-    compare(details, "filter", current.filter, wanted.filter);
-    compare(details, "enable", current.enable, wanted.enable);
-    compare(details, "overridable", current.overridable, wanted.overridable);
-    return details;
 }
 
 // Deletes before it adds, so that a name whose letter case changed is never there twice.
@@ -73,7 +64,7 @@ public:
             kept[task.name] = &task;
             keptNames.push_back(task.name);
         }
-        for (const OrderStep& step : planOrder(keptNames, wantedNames)) {
+        for (const OrderStep& step : planOrder(keptNames, wantedNames, _context.movedBelow(_path))) {
             if (step.isNew)
                 create(wanted.tasks[step.index], step.position);
             else

@@ -43,10 +43,13 @@ private:
     std::map<uint32_t, DecisionOutcome> _known;
 };
 
+// A list of both policies is told once.
 std::vector<std::string> matchedTexts(const SideClasses& side, size_t one) {
     std::vector<std::string> texts;
-    for (const MatchedTest& matched : side.matched(one))
-        texts.push_back(side.textOf(matched.test));
+    for (const MatchedTest& matched : side.matched(one)) {
+        const std::string& text = side.textOf(matched.test);
+        if (std::find(texts.begin(), texts.end(), text) == texts.end()) texts.push_back(text);
+    }
     return texts;
 }
 

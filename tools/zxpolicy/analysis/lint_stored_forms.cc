@@ -86,7 +86,7 @@ public:
     }
 
     void lookAtForms() {
-        for (const std::string& sentence : auditStore(_store.key())) {
+        for (const std::string& sentence : auditStore(_store.key(), ListParts::All)) {
             // Positions have findings of their own.
             if (sentence.find("lacks its value \"order\"") != std::string::npos) continue;
             add(Severity::Error, "stored-form", "the store", sentence,

@@ -54,7 +54,8 @@ _zxpolicy_locations() {
 
 _zxpolicy() {
     local words current previous word command="" store=${ZXPOLICY_STORE:-sqlite:policy.db} arguments=0 onlyArguments=0
-    local report="--json --format" options i
+    local report="--json --format" texts="--display-name --comment" options i
+    local settings="--setting --remove-setting" allowed="--allow-dangling --allow-uncovered"
     COMPREPLY=()
     _zxpolicy_words
     current=${words[${#words[@]} - 1]}
@@ -71,12 +72,16 @@ _zxpolicy() {
             --) onlyArguments=1 ;;
             --store) store=${words[++i]} ;;
             --store=*) store=${word#--store=} ;;
-            --format | --order | --weight | --priority | --sender | --envelopes) i=$((i + 1)) ;;
-            --policy | --min-coverage | --against | --changes | --samples | --bad-lines) i=$((i + 1)) ;;
+            --format | --order | --weight | --priority | --sender | --envelopes | --samples | --html | --roads) i=$((i + 1)) ;;
+            --condition | --add-condition | --remove-condition | --inactivate | --activate) i=$((i + 1)) ;;
+            --display-name | --comment | --match-type | --position | --filter | --enable) i=$((i + 1)) ;;
+            --overridable | --outcome | --remove-outcome | --setting | --remove-setting) i=$((i + 1)) ;;
+            --action-type) i=$((i + 1)) ;;
+            --policy | --min-coverage | --against | --changes | --bad-lines) i=$((i + 1)) ;;
             -*) ;;
             *)
                 case $command in
-                    "" | refs) command+=${command:+ }$word ;;
+                    "" | refs | rule | task | classification) command+=${command:+ }$word ;;
                     list)
                         command+=" $word"
                         ;;
@@ -96,12 +101,16 @@ _zxpolicy() {
             --order) _zxpolicy_offer "user ascending descending" && return ;;
             --weight) _zxpolicy_offer "domain name" && return ;;
             --priority) _zxpolicy_offer "total sender receiver" && return ;;
-            --envelopes | --policy | --changes) _zxpolicy_files && return ;;
+            --envelopes | --policy | --changes | --html) _zxpolicy_files && return ;;
             --against)
                 if [[ $current == sqlite:* ]]; then _zxpolicy_locations; else _zxpolicy_files; fi
                 return
                 ;;
-            --sender | --receiver | --min-coverage | --samples | --bad-lines) return ;;
+            --min-coverage | --bad-lines | --roads) return ;;
+            --enable | --overridable) _zxpolicy_offer "true false" && return ;;
+            --sender | --receiver | --samples | --display-name | --comment | --match-type | --position) return ;;
+            --condition | --add-condition | --remove-condition | --inactivate | --activate | --filter) return ;;
+            --outcome | --remove-outcome | --setting | --remove-setting | --action-type) return ;;
         esac
         if [[ $current == --store=* ]]; then
             current=${current#--store=}
@@ -127,6 +136,29 @@ _zxpolicy() {
                 replay)
                     options+=" --envelopes --against --changes --samples --bad-lines --best --priority --weight $report"
                     ;;
+                report) options+=" --envelopes --html --roads --best --priority --weight" ;;
+                tree | *" show") options+=" $report" ;;
+                "rule add")
+                    options+=" --condition --inactivate --match-type --position --dry-run $texts $allowed $report"
+                    ;;
+                "rule set")
+                    options+=" --add-condition --remove-condition --inactivate --activate --match-type --dry-run"
+                    options+=" $texts $allowed $report"
+                    ;;
+                "rule move" | "task move" | "classification move") options+=" --position --dry-run $report" ;;
+                "rule remove") options+=" --recursive --dry-run $report" ;;
+                "task add")
+                    options+=" --filter --enable --overridable --outcome --setting --position --dry-run $texts $report"
+                    ;;
+                "task set")
+                    options+=" --filter --enable --overridable --outcome --remove-outcome --dry-run"
+                    options+=" $texts $settings $report"
+                    ;;
+                "task remove") options+=" --dry-run $report" ;;
+                "classification add") options+=" --action-type --setting --position --dry-run $texts $report" ;;
+                "classification set") options+=" --action-type --dry-run $texts $settings $report" ;;
+                "classification remove") options+=" --allow-dangling --dry-run $report" ;;
+                diff) options+=" --decisions --best --priority --weight --samples $report" ;;
             esac
             _zxpolicy_offer "$options"
             return
@@ -134,10 +166,19 @@ _zxpolicy() {
     fi
 
     case $command in
-        "") _zxpolicy_offer "apply dump match explain test replay refs lint list" ;;
+        "")
+            options="apply dump match explain test replay lint report diff tree rule task classification list refs"
+            _zxpolicy_offer "$options"
+            ;;
         apply | lint | test) ((arguments > 0)) || _zxpolicy_files ;;
         refs) _zxpolicy_offer "list classification" ;;
         list) _zxpolicy_offer "show check add remove import export" ;;
+        rule | task | classification) _zxpolicy_offer "show add set move remove" ;;
+        diff)
+            if ((arguments < 2)); then
+                if [[ $current == sqlite:* ]]; then _zxpolicy_locations; else _zxpolicy_files; fi
+            fi
+            ;;
         "refs list" | "list "*)
             if ((arguments == 0)); then
                 _zxpolicy_lists "${words[0]}" "$store"

@@ -1,0 +1,59 @@
+// Options that several commands have. It brings the command-line parser's header, which takes long to compile: only the
+// files that read the command line include this.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "matcher.h"
+#include "output_format.h"
+#include "text.h"
+
+namespace tool {
+
+inline constexpr const char* kDryRunHelp = "Say what would change, and change nothing";
+
+// The words that an option takes.
+template <class Value>
+using Words = std::map<std::string, Value>;
+
+inline const Words<OutputFormat> kFormats{{"text", OutputFormat::Text}, {"json", OutputFormat::Json}};
+inline const Words<ZxPolMatchWeightType> kWeights{{"domain", ZXPOL_WEIGHT_DOMAIN_FIRST},
+                                                  {"name", ZXPOL_WEIGHT_NAME_FIRST}};
+inline const Words<ZxPolMatchPriorityType> kPriorities{{"total", ZXPOL_PRIORITY_TOTAL},
+                                                       {"sender", ZXPOL_PRIORITY_SENDER_FIRST},
+                                                       {"receiver", ZXPOL_PRIORITY_RECEIVER_FIRST}};
+
+// Adds an option that takes one of the words, which must outlive the command.
+template <class Value>
+CLI::Option* addWord(CLI::App& command, const std::string& name, Value& value, const Words<Value>& words,
+                     const std::string& help) {
+    std::string list;
+    for (const auto& [word, meaning] : words)
+        list += (list.empty() ? "" : "|") + word;
+    const auto set = [&value, &words, name, list](const std::string& text) {
+        const auto found = words.find(text);
+        if (found == words.end()) throw CLI::ValidationError(name, inQuotes(text) + " is not one of " + list);
+        value = found->second;
+    };
+    return command.add_option_function<std::string>(name, set, help)->type_name(list);
+}
+
+// Adds --json, and --format as well unless that means something else in this command.
+inline void addReport(CLI::App& command, OutputFormat& format, bool hasFormat = true) {
+    const auto setJson = [&format](int64_t) { format = OutputFormat::Json; };
+    CLI::Option* json = command.add_flag_function("--json", setJson, "Report as JSON");
+    if (hasFormat) addWord(command, "--format", format, kFormats, "How to report (default text)")->excludes(json);
+}
+
+// Adds the options that say how mails are matched.
+inline void addMatchOptions(CLI::App& command, MatchOptions& match) {
+    CLI::Option* best = command.add_flag("--best", match.isBest, "Take the best match, not the first");
+    addWord(command, "--priority", match.priority, kPriorities, "What the best match compares (default total)")
+        ->needs(best);
+    addWord(command, "--weight", match.weight, kWeights, "What weighs more in a pattern (default domain)")->needs(best);
+}
+
+}  // namespace tool

@@ -1,0 +1,73 @@
+#include "lint_report.h"
+
+#include <algorithm>
+#include <optional>
+#include <ostream>
+
+#include "folding.h"
+#include "terminal_width.h"
+#include "text.h"
+
+namespace tool {
+
+namespace {
+
+constexpr uint32_t kJsonVersion = 1;
+
+Json mailJson(const std::optional<SampleMail>& mail) {
+    if (!mail) return Json::null();
+    return Json::object({{"sender", mail->sender}, {"receiver", mail->receiver}});
+}
+
+std::string countText(size_t count, const std::string& what) {
+    return grouped(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+}  // namespace
+
+size_t countOf(const LintResult& result, Severity severity) {
+    return static_cast<size_t>(std::count_if(result.findings.begin(), result.findings.end(),
+                                             [&](const Finding& finding) { return finding.severity == severity; }));
+}
+
+Json lintJson(const LintResult& result) {
+    Json findings = Json::array();
+    for (const Finding& finding : result.findings)
+        findings.add(Json::object({{"id", finding.id},
+                                   {"severity", severityText(finding.severity)},
+                                   {"place", finding.place},
+                                   {"text", finding.text},
+                                   {"remedy", finding.remedy},
+                                   {"rules", finding.rules},
+                                   {"mail", mailJson(finding.mail)}}));
+    Json rules = Json::array();
+    for (const RuleReach& reach : result.reaches)
+        rules.add(
+            Json::object({{"rule", reach.rule}, {"first", mailJson(reach.first)}, {"best", mailJson(reach.best)}}));
+    return Json::object({{"version", kJsonVersion},
+                         {"errors", uint64_t{countOf(result, Severity::Error)}},
+                         {"warnings", uint64_t{countOf(result, Severity::Warning)}},
+                         {"notes", uint64_t{countOf(result, Severity::Note)}},
+                         {"findings", findings},
+                         {"rules", rules}});
+}
+
+void printText(std::ostream& out, const LintResult& result) {
+    const size_t width = terminalWidth();
+    for (const Finding& finding : result.findings) {
+        const std::string severity = severityText(finding.severity);
+        const std::string mail = !finding.mail ? ""
+                                               : "; for example from " + inQuotes(finding.mail->sender, 255) + " to " +
+                                                     inQuotes(finding.mail->receiver, 255);
+        printFolded(out, severity + " " + finding.id + ": " + finding.place, width, 4);
+        out << "    ";
+        printFolded(out, finding.text + mail, width, 4, 4);
+        out << "    ";
+        printFolded(out, "To do: " + finding.remedy + ".", width, 4, 4);
+    }
+    out << countText(countOf(result, Severity::Error), "error") << ", "
+        << countText(countOf(result, Severity::Warning), "warning") << ", "
+        << countText(countOf(result, Severity::Note), "note") << '\n';
+}
+
+}  // namespace tool
