@@ -215,8 +215,8 @@ ZXREG_API uint64_t zxreg_identity(_ZxPolComHandle* key, int* error);
  * effective user and that nobody else may write to; the key file must have no other access than its
  * owner's, no second name, and be no symbolic link. The folder must belong to root or to the effective user,
  * too, and not be writable by everybody, sticky bit or not; one that its group may write to is left to whoever
- * made it so. Anything else is UNSAFE, and zxreg_lastErrorText names the file and what mends it; but a PATH that is a folder or a
- * device is refused as what it is (PERMISSION, FOREIGN).
+ * made it so. Anything else is UNSAFE, and zxreg_lastErrorText names the file and what mends it; but a PATH that is a
+ * folder or a device is refused as what it is (PERMISSION, FOREIGN).
  *
  * Programs of several users share a store through the environment variable ZXREG_GROUP, the name or
  * number of a group: files of that group may have any owner, its members may read and write them, and

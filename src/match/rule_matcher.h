@@ -159,6 +159,6 @@ private:
     ZxPolRuleHive* _ruleHive;
     ZxPolMatchObserver* _observer = nullptr;
     _ZxPolMatchOption _option;
-    bool _isDisturbed = false;  // somebody else was changing a list all the time
+    bool _isDisturbed = false;      // somebody else was changing a list all the time
     int _excluResult = ZXPOL_S_OK;  // with which the reading of the exclusive filter types ended
 };
