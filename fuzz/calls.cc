@@ -4,6 +4,7 @@
 
 #include "call_shapes.h"
 #include "fail.h"
+#include "told_match.h"
 #include "zxregistry.h"
 
 namespace fuzz {
@@ -144,6 +145,22 @@ void match(A& with) {
     zxpol_freeMatchPair(pairs, count, nullptr);
 }
 
+void explain(A& with) {
+    _ZxPolComHandle* rules = with.handle(kRuleHive);
+    _ZxPolComHandle* lists = with.handle(kListHive);
+    const uint32_t mode = with.flag();
+    const char* sender = with.address();
+    const char** receivers = with.addresses();
+    _ZxPolMatchPair* pairs = nullptr;
+    uint32_t count = 0;
+    ToldMatch told;
+    int error = ZXPOL_S_OK;
+    zxpol_explainMatch(rules, lists, mode, sender, receivers, &ToldMatch::hear, &told, &pairs, &count, &error);
+    if (error >= 0) told.requireRecords(pairs, count);
+    require(error >= 0 || (pairs == nullptr && count == 0), "a failed match has pairs");
+    zxpol_freeMatchPair(pairs, count, nullptr);
+}
+
 void setMatchOption(A& with) {
     auto* option = with.block<_ZxPolMatchOption>();
     option->matchMode = with.flag();
@@ -281,6 +298,7 @@ const std::vector<Call>& allCalls() {
         readVersion,
         openKey,
         spoilValue,
+        explain,
     };
     return calls;
 }

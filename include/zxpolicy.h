@@ -1719,7 +1719,4 @@ ZXPOL_API int mapToUnicode(char* output, unsigned* outputSize, const char* input
 } /* extern "C" */
 #endif
 
-#undef ZXPOL_ENUM
-#undef ZXPOL_ENUM_END
-
 #endif /* ZXPOLICY_H */

@@ -12,17 +12,6 @@
 
 #include "zxpolicy.h"
 
-/** @cond */
-/* A 32-bit enumeration, as in zxpolicy.h. */
-#ifdef __cplusplus
-#define ZXPOL_ENUM(name) enum name : uint32_t
-#define ZXPOL_ENUM_END(name)
-#else
-#define ZXPOL_ENUM(name) enum
-#define ZXPOL_ENUM_END(name) typedef uint32_t name;
-#endif
-/** @endcond */
-
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -179,9 +168,6 @@ ZXPOL_API void zxpol_explainMatch(_ZxPolComHandle* ruleHive, _ZxPolComHandle* ad
                                   void* context, _ZxPolMatchPair** pairs, uint32_t* count, int* error);
 
 /** @} */
-
-#undef ZXPOL_ENUM
-#undef ZXPOL_ENUM_END
 
 #ifdef __cplusplus
 }

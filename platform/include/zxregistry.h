@@ -221,8 +221,9 @@ ZXREG_API uint64_t zxreg_identity(_ZxPolComHandle* key, int* error);
  * Programs of several users share a store through the environment variable ZXREG_GROUP, the name or
  * number of a group: files of that group may have any owner, its members may read and write them, and
  * new files are made so (mode 0660). The folder should be of that group with mode 2770, so that log
- * files come to be of the group too. The variable does not count in a program that runs with other
- * rights than those of who started it.
+ * files come to be of the group too. It must not lie below a folder that hands the group on (its setgid
+ * bit) and that everybody may write to: what strangers make there is of the group, and believed. The
+ * variable does not count in a program that runs with other rights than those of who started it.
  *
  * LOCATION for any other text; FOREIGN for a file that is no store of this version (an empty one too:
  * it may be what is left of a store), CORRUPT, PERMISSION, BUSY or IO when the file cannot be used. A
