@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
-#include <sys/wait.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "tool_fixture.h"
 
@@ -146,6 +147,7 @@ TEST_F(CommandLineTest, StoresThatCannotBeUsedExitWith3ByNameAndNumber) {
         const Outcome outcome = runPlain({"--store", location, "dump"});
         EXPECT_EQ(outcome.status, 3);
         EXPECT_THAT(outcome.err, HasSubstr(result));
+        EXPECT_THAT(outcome.err, HasSubstr("use memory:, memory:NAME or sqlite:PATH: correct --store or "));
     }
     EXPECT_THAT(runPlain({"--store", "sqlite:" + file, "dump"}).err, HasSubstr("ZXREG_E_FOREIGN (0x81021903)"));
 }
@@ -159,12 +161,69 @@ TEST_F(CommandLineTest, TheStoreComesFromTheOptionThenFromTheEnvironment) {
     EXPECT_THAT(runPlain({"dump", "--store", other}, {"ZXPOLICY_STORE=" + own}).out, Not(HasSubstr("comment")));
 }
 
-TEST_F(CommandLineTest, OutputThatCannotBeWrittenIsAFailure) {
-    apply(policyWithRoot(""));
-    const std::string command = std::string(ZX_TOOL) + " --store " + location() + " dump >/dev/full 2>" + path("err");
-    const int status = std::system(command.c_str());
-    EXPECT_EQ(WEXITSTATUS(status), 3);
-    EXPECT_THAT(read(path("err")), HasSubstr("standard output"));
+TEST_F(CommandLineTest, NumbersOutOfTheirRangeAreNamedWithIt) {
+    for (const auto& [arguments, says] :
+         {std::pair{std::vector<std::string>{"task", "set", "\\t", "--filter", "-1"},
+                    "--filter: \"-1\" is no number from 0 to 4294967295"},
+          {{"task", "set", "\\t", "--filter", "4294967296"}, "--filter: \"4294967296\" is no number from 0 to"},
+          {{"classification", "set", "A\\a", "--action-type", "x"}, "--action-type: \"x\" is no number from 0 to"},
+          {{"rule", "move", "\\A", "--position", "0"}, "--position: \"0\" is no number from 1 to 4294967295"},
+          {{"rule", "set", "\\A", "--match-type", "2147483648"}, "is no number from 0 to 2147483647"},
+          {{"test", "a", "--min-coverage", "101"}, "--min-coverage: \"101\" is no number from 0 to 100"},
+          {{"replay", "--envelopes", "a", "--bad-lines", "-1"}, "--bad-lines: \"-1\" is no number from 0 to"}}) {
+        const Outcome outcome = runPlain(arguments);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_THAT(outcome.err, HasSubstr(says));
+    }
+}
+
+// Every kind of command that prints.
+class PrintingCommand : public CommandLineTest, public testing::WithParamInterface<const char*> {
+protected:
+    PrintingCommand() {
+        apply("zxpolicy: 1\nlists: [{name: L, addresses: [a@b.c]}]\nclassifications: [{name: C}]\n" +
+              policyWithRoot("  tasks: [{name: t}]\n").substr(12));
+        write("mails.tsv", "a@b.c\td@e.f\n");
+        write("tests.yaml",
+              "zxpolicyTest: 1\ntests: [{name: T, sender: a@b.c, expect: [{receiver: d@e.f, rule: '\\'}]}]\n");
+        write("policy.yaml", policyWithRoot(""));
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(All, PrintingCommand,
+                         testing::Values("--help", "dump", "match --sender a@b.c --receiver d@e.f",
+                                         "match --envelopes mails.tsv", "match --json --envelopes mails.tsv",
+                                         "explain --sender a@b.c --receiver d@e.f", "replay --envelopes mails.tsv",
+                                         "replay --envelopes mails.tsv --against policy.yaml",
+                                         "report --envelopes mails.tsv --html page.html", "refs list L",
+                                         "refs classification C --json", "lint", "list", "list --names", "list show L",
+                                         "list check L a@b.c", "list export L", "list export L /dev/stdout",
+                                         "list add L x@y.z --dry-run", "tree", "tree --json", "rule show '\\'",
+                                         "task show '\\t'", "classification show", "rule set '\\' --comment c",
+                                         "diff policy.yaml policy.yaml", "diff --decisions policy.yaml policy.yaml",
+                                         "apply policy.yaml", "test tests.yaml"),
+                         [](const auto& command) { return "Number" + std::to_string(command.index); });
+
+TEST_P(PrintingCommand, FailsWhereTheDiskIsFull) {
+    const Outcome outcome = runShell("$zxpolicy " + std::string(GetParam()) + " >/dev/full");
+    EXPECT_EQ(outcome.status, 3) << GetParam();
+    EXPECT_THAT(outcome.err, HasSubstr("No space left on device; free some space")) << GetParam();
+}
+
+TEST_P(PrintingCommand, FailsWhereStandardOutputIsClosed) {
+    const Outcome outcome = runShell("$zxpolicy " + std::string(GetParam()) + " >&-");
+    EXPECT_EQ(outcome.status, 3) << GetParam();
+    EXPECT_THAT(outcome.err, HasSubstr("Bad file descriptor; it is closed")) << GetParam();
+}
+
+// The reader has gone when the program writes.
+TEST_P(PrintingCommand, EndsQuietlyWhereAPipeIsClosed) {
+    const Outcome outcome = runShell(
+        "{ while [ ! -e closed ]; do sleep 0.01; done; env --default-signal=PIPE $zxpolicy " + std::string(GetParam()) +
+        "; echo $? >status; } | { exec 0<&-; touch closed; while [ ! -s status ]; do sleep 0.01; done; }");
+    EXPECT_EQ(outcome.status, 0) << GetParam();
+    EXPECT_EQ(outcome.err, "") << GetParam();
+    EXPECT_EQ(read(path("status")), std::to_string(128 + SIGPIPE) + "\n") << GetParam();
 }
 
 }  // namespace tool

@@ -240,9 +240,9 @@ TEST_F(LintTest, FoldsLinesToANarrowTerminal) {
     EXPECT_EQ(outcome.out,
               "warning no-conditions: rule \\A\n"
               "    it has no condition: no mail matches\n"
-              "    it\n"
+              "      it\n"
               "    To do: add conditions, or delete the\n"
-              "    rule.\n"
+              "      rule.\n"
               "0 errors, 1 warning, 0 notes\n");
 }
 

@@ -162,6 +162,7 @@ TEST_F(MatchTest, MalformedEnvelopesAreNamedByLine) {
         EXPECT_EQ(outcome.status, 2) << line;
         EXPECT_EQ(outcome.out, "");
         EXPECT_THAT(outcome.err, HasSubstr("zxpolicy: " + file + ":3: "));
+        EXPECT_THAT(outcome.err, HasSubstr("; match ends at the first bad line, correct it (replay goes on)\n"));
         EXPECT_THAT(outcome.err, HasSubstr(says));
     }
 }

@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <thread>
@@ -307,7 +306,7 @@ TEST_F(ReplayTest, AListingThatCannotBeWrittenIsAFailure) {
     EXPECT_EQ(changesTo(path("none/changes.tsv")).status, 2);
     const Outcome full = changesTo("/dev/full");
     EXPECT_EQ(full.status, 3);
-    EXPECT_THAT(full.err, HasSubstr("cannot write all changes to \"/dev/full\""));
+    EXPECT_THAT(full.err, HasSubstr("cannot write \"/dev/full\": No space left on device"));
 }
 
 TEST_F(ReplayTest, TheMailsAreNeitherWrittenOverNorReadForAPolicy) {
@@ -360,19 +359,6 @@ TEST_F(ReplayTest, AStoreThatChangesMeanwhileIsReplayedAsItWas) {
     EXPECT_EQ(report["rules"][1]["rule"], "\\Sales");
     EXPECT_EQ(report["rules"][1]["receivers"], 2);
     EXPECT_THAT(read(path("said")), HasSubstr("zxpolicy: note: " + location() + " has changed meanwhile"));
-}
-
-// Who reads the report may close the pipe before it is written.
-TEST_F(ReplayTest, APipeThatIsClosedEndsItQuietly) {
-    const std::string command = "cd " + path(".") +
-                                " && { while [ ! -e closed ]; do :; done; env --default-signal=PIPE " +
-                                std::string(ZX_TOOL) + " --store " + location() +
-                                " replay --envelopes mails.tsv 2>said; echo $? >status; } | " +
-                                "{ exec 0<&-; touch closed; while [ ! -e status ]; do sleep 0.01; done; }";
-    write("mails.tsv", kReplayedMails);
-    EXPECT_EQ(std::system(command.c_str()), 0);
-    EXPECT_EQ(read(path("said")), "");
-    EXPECT_EQ(read(path("status")), std::to_string(128 + SIGPIPE) + "\n");
 }
 
 // The mails have many times the text that memory may grow by.

@@ -68,8 +68,16 @@ TEST_F(ReportTest, WritesNoPageWhereItCannot) {
     apply(kPolicy);
     const Outcome outcome =
         run({"report", "--envelopes", write("mails.tsv", "a@b\tc@d\n"), "--html", path("none/page.html")});
-    EXPECT_EQ(outcome.status, 3);
-    EXPECT_THAT(outcome.err, HasSubstr("cannot write the page"));
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.err, HasSubstr("none/page.html\": No such file or directory"));
+    const std::string mails = path("mails.tsv");
+    const Outcome over = run({"report", "--envelopes", mails, "--html", path("./mails.tsv")});
+    EXPECT_EQ(over.status, 2);
+    EXPECT_THAT(over.err, HasSubstr("--html would write over the mails"));
+    EXPECT_EQ(read(mails), "a@b\tc@d\n");
+    const Outcome full = run({"report", "--envelopes", mails, "--html", "/dev/full"});
+    EXPECT_EQ(full.status, 3);
+    EXPECT_THAT(full.err, HasSubstr("cannot write \"/dev/full\": No space left on device"));
 }
 
 }  // namespace tool

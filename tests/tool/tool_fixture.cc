@@ -86,6 +86,14 @@ Outcome ToolTest::run(const std::vector<std::string>& arguments, const std::stri
     return runPlain(all, {}, input);
 }
 
+Outcome ToolTest::runShell(const std::string& line) const {
+    const std::string command = "cd " + _folder + " && zxpolicy=" + ZX_TOOL +
+                                " && export ZXPOLICY_STORE=" + location() + " && { " + line + "\n} >" + path("out") +
+                                " 2>" + path("err") + " </dev/null";
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), read(path("out")), read(path("err"))};
+}
+
 std::string ToolTest::apply(const std::string& policy) {
     const Outcome outcome = run({"apply", "-"}, policy);
     EXPECT_EQ(outcome.status, 0) << outcome.err;

@@ -25,6 +25,9 @@ protected:
     Outcome runPlain(const std::vector<std::string>& arguments, const std::vector<std::string>& environment = {},
                      const std::string& input = "");
 
+    // Runs a line of the shell in the test's folder. $zxpolicy is the program, and the test's store the default one.
+    Outcome runShell(const std::string& line) const;
+
     // The path of a file in the test's folder; writes and reads such files.
     std::string path(const std::string& name) const { return _folder + "/" + name; }
     std::string write(const std::string& name, const std::string& text) const;

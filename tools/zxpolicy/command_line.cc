@@ -18,6 +18,7 @@
 #include "replay_command.h"
 #include "report_command.h"
 #include "rule_tasks.h"
+#include "standard_output.h"
 #include "test_command.h"
 #include "text.h"
 #include "tool_error.h"
@@ -126,7 +127,7 @@ private:
         command.add_flag("--allow-dangling", _apply.allowsDangling,
                          "Only warn of conditions that name no list of the file");
         addReport(command, _apply.format);
-        onCall(command, _apply, [this] { return runApply(_apply, std::cout, std::cerr), kSuccess; });
+        onCall(command, _apply, [this] { return runApply(_apply, reportOutput(_apply.format), std::cerr), kSuccess; });
     }
 
     void addDump() {
@@ -153,7 +154,7 @@ private:
             if (envelopes->count() != 0) _match.envelopes = _file;
             _match.tasks = lookupTasks;
             _match.store = _store;
-            _command = [this] { return runMatch(_match, std::cout), kSuccess; };
+            _command = [this] { return runMatch(_match, reportOutput(_match.format)), kSuccess; };
         });
     }
 
@@ -167,7 +168,7 @@ private:
             ->required();
         addMatchOptions(command, _explain.match);
         addReport(command, _explain.format);
-        onCall(command, _explain, [this] { return runExplain(_explain, std::cout), kSuccess; });
+        onCall(command, _explain, [this] { return runExplain(_explain, reportOutput(_explain.format)), kSuccess; });
     }
 
     void addRefs() {
@@ -181,7 +182,7 @@ private:
             command.footer("Exit status: 0 rules refer to it, 1 none does.");
             onCall(command, _refs, [this, entity] {
                 _refs.entity = entity;
-                return runRefs(_refs, std::cout);
+                return runRefs(_refs, reportOutput(_refs.format));
             });
         };
         addKind("list", "Rules with a condition on an address list", ZXPOL_REF_ADDRLIST);
@@ -197,7 +198,7 @@ private:
         command.add_flag("--strict", _lint.isStrict, "Count warnings as errors");
         addReport(command, _lint.format);
         command.footer("Exit status: 0 no error was found, 1 some were.");
-        onCall(command, _lint, [this] { return runLint(_lint, std::cout, std::cerr); });
+        onCall(command, _lint, [this] { return runLint(_lint, reportOutput(_lint.format), std::cerr); });
     }
 
     void addList() {
@@ -212,7 +213,9 @@ private:
         list.callback([this, &list] {
             if (!list.get_subcommands().empty()) return;
             _overview.store = _store;
-            _command = [this] { return runListOverview(_overview, std::cout); };
+            _command = [this] {
+                return runListOverview(_overview, _overview.onlyNames ? std::cout : reportOutput(_overview.format));
+            };
         });
         addShow(list);
         addCheck(list);
@@ -235,7 +238,7 @@ private:
             if (name->count() != 0) return runListShow(_show, std::cout);
             _overview.store = _show.store;
             _overview.format = _show.format;
-            return runListOverview(_overview, std::cout);
+            return runListOverview(_overview, reportOutput(_overview.format));
         });
     }
 
@@ -247,7 +250,7 @@ private:
         addWord(command, "--weight", _check.weight, kWeights, "What weighs more in a pattern (default domain)");
         addReport(command, _check.format);
         command.footer("Exit status: 0 the list matches, 1 it does not.");
-        onCall(command, _check, [this] { return runListCheck(_check, std::cout); });
+        onCall(command, _check, [this] { return runListCheck(_check, reportOutput(_check.format)); });
     }
 
     using RunEdit = ExitStatus (*)(const ListEditOptions&, std::ostream&, std::ostream&);
@@ -259,7 +262,7 @@ private:
         command.add_flag("--dry-run", _edit.isDryRun, kDryRunHelp);
         addReport(command, _edit.format);
         command.footer(status);
-        onCall(command, _edit, [this, edit] { return edit(_edit, std::cout, std::cerr); });
+        onCall(command, _edit, [this, edit] { return edit(_edit, reportOutput(_edit.format), std::cerr); });
     }
 
     void addImport(CLI::App& list) {
@@ -274,7 +277,7 @@ private:
         command.add_flag("--dry-run", _import.isDryRun, kDryRunHelp);
         addReport(command, _import.format, false);
         command.footer("Exit status: 1 some lines are invalid, the others are in; 2 the file cannot be used.");
-        onCall(command, _import, [this] { return runListImport(_import, std::cout, std::cerr); });
+        onCall(command, _import, [this] { return runListImport(_import, reportOutput(_import.format), std::cerr); });
     }
 
     void addExport(CLI::App& list) {
@@ -291,27 +294,24 @@ private:
         CLI::App& command = *_app.add_subcommand("test", "Run policy tests: mails, and what must become of them");
         command.add_option("FILE", _test.file, "The file of the tests; - is standard input")->required();
         command.add_option("--policy", _test.policy, "Test the policy in this file, not the store")->type_name("FILE");
-        command
-            .add_option("--min-coverage", _test.minCoverage,
-                        "How many of 100 rules, conditions and tasks must be tested")
-            ->type_name("PERCENT")
-            ->check(CLI::Range(0, 100));
+        addNumber(command, "--min-coverage", _test.minCoverage,
+                  "How many of 100 rules, conditions and tasks must be tested", 0, 100)
+            ->type_name("PERCENT");
         addReport(command, _test.format);
         command.footer("Exit status: 1 a test failed, or too little is tested; 2 the file of the tests is malformed.");
         _test.tasks = lookupTasks;
-        onCall(command, _test, [this] { return runTest(_test, std::cout, std::cerr); });
+        onCall(command, _test, [this] { return runTest(_test, reportOutput(_test.format), std::cerr); });
     }
 
     void addReportPage() {
         CLI::App& command = *_app.add_subcommand("report", "Write a page on the policy and recorded traffic");
         command.add_option("--envelopes", _report.envelopes, kEnvelopesHelp)->required()->type_name("FILE");
         command.add_option("--html", _report.html, "The page to write")->required()->type_name("FILE");
-        command.add_option("--roads", _report.roads, "How many mails to explain at most (default 200)")
-            ->type_name("NUMBER");
+        addNumber(command, "--roads", _report.roads, "How many mails to explain at most (default 200)");
         addMatchOptions(command, _report.match);
         command.footer("Exit status: 0 success, 1 some lines of the traffic were bad.");
         _report.tasks = lookupTasks;
-        onCall(command, _report, [this] { return runReport(_report, std::cout, std::cerr); });
+        onCall(command, _report, [this] { return runReport(_report, reportOutput(OutputFormat::Text), std::cerr); });
     }
 
     void addReplay() {
@@ -323,16 +323,14 @@ private:
         command.add_option("--changes", _replay.changes, "Write each receiver treated otherwise to this file")
             ->type_name("FILE")
             ->needs(against);
-        command.add_option("--samples", _replay.samples, "How many of each kind of change to show (default 5)")
-            ->type_name("NUMBER")
+        addNumber(command, "--samples", _replay.samples, "How many of each kind of change to show (default 5)")
             ->needs(against);
-        command.add_option("--bad-lines", _replay.badLines, "How many bad lines to show (default 10)")
-            ->type_name("NUMBER");
+        addNumber(command, "--bad-lines", _replay.badLines, "How many bad lines to show (default 10)");
         addMatchOptions(command, _replay.match);
         addReport(command, _replay.format);
         command.footer("Exit status: 1 a line is bad, or a decision would change.");
         _replay.tasks = lookupTasks;
-        onCall(command, _replay, [this] { return runReplay(_replay, std::cout, std::cerr); });
+        onCall(command, _replay, [this] { return runReplay(_replay, reportOutput(_replay.format), std::cerr); });
     }
 
     CLI::App _app{"Keeps a mail-filtering policy in a store, and decides on mails by it.", "zxpolicy"};

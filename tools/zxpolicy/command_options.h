@@ -41,6 +41,18 @@ CLI::Option* addWord(CLI::App& command, const std::string& name, Value& value, c
     return command.add_option_function<std::string>(name, set, help)->type_name(list);
 }
 
+// Adds an option that takes a whole number from `least` to `most`.
+template <class Number>
+CLI::Option* addNumber(CLI::App& command, const std::string& name, Number& number, const std::string& help,
+                       uint32_t least = 0, uint32_t most = UINT32_MAX) {
+    const auto check = [least, most](const std::string& text) {
+        std::string copy = text;
+        if (CLI::Range(least, most)(copy).empty()) return std::string();
+        return inQuotes(text) + " is no number from " + std::to_string(least) + " to " + std::to_string(most);
+    };
+    return command.add_option(name, number, help)->type_name("NUMBER")->check(check);
+}
+
 // Adds --json, and --format as well unless that means something else in this command.
 inline void addReport(CLI::App& command, OutputFormat& format, bool hasFormat = true) {
     const auto setJson = [&format](int64_t) { format = OutputFormat::Json; };

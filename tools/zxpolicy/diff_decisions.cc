@@ -5,10 +5,8 @@
 #include "analysis/decision_diff.h"
 #include "analysis/part_automaton.h"
 #include "fixed_policy.h"
-#include "folding.h"
 #include "json.h"
 #include "pattern/rfc2822_checker.h"
-#include "terminal_width.h"
 #include "text.h"
 
 namespace tool {
@@ -70,28 +68,21 @@ bool isWellFormed(const std::string& address) {
 }
 
 void printAddress(std::ostream& out, const char* side, const std::string& address,
-                  const std::vector<std::string>& matches, size_t width) {
-    out << "    ";
-    printFolded(out,
-                std::string(side) + " " + inQuotes(address, 255) + (isWellFormed(address) ? "" : " (not well-formed)") +
-                    ", which matches " + matchesText(matches),
-                width, 6, 4);
+                  const std::vector<std::string>& matches) {
+    out << "    " << side << ' ' << inQuotes(address, 255) << (isWellFormed(address) ? "" : " (not well-formed)")
+        << ", which matches " << matchesText(matches) << '\n';
 }
 
-void printChange(std::ostream& out, const DecisionChange& change, size_t width) {
-    printFolded(out,
-                outcomeText(change.before) + " -> " + outcomeText(change.after) + ": " + grouped(change.count) +
-                    (change.count == 1 ? " kind of mails" : " kinds of mails"),
-                width, 2);
+void printChange(std::ostream& out, const DecisionChange& change) {
+    out << outcomeText(change.before) << " -> " << outcomeText(change.after) << ": " << grouped(change.count)
+        << (change.count == 1 ? " kind of mails\n" : " kinds of mails\n");
     if (change.before.tasks != change.after.tasks) {
-        out << "  ";
-        printFolded(out, "tasks before: " + tasksText(change.before.tasks), width, 4, 2);
-        out << "  ";
-        printFolded(out, "tasks after: " + tasksText(change.after.tasks), width, 4, 2);
+        out << "  tasks before: " << tasksText(change.before.tasks) << '\n';
+        out << "  tasks after: " << tasksText(change.after.tasks) << '\n';
     }
     for (const MailKind& kind : change.kinds) {
-        printAddress(out, "from", kind.mail.sender, kind.senderMatches, width);
-        printAddress(out, "to  ", kind.mail.receiver, kind.receiverMatches, width);
+        printAddress(out, "from", kind.mail.sender, kind.senderMatches);
+        printAddress(out, "to  ", kind.mail.receiver, kind.receiverMatches);
         if (&kind != &change.kinds.back()) out << '\n';
     }
     if (change.count > change.kinds.size())
@@ -99,15 +90,12 @@ void printChange(std::ostream& out, const DecisionChange& change, size_t width) 
 }
 
 void printText(std::ostream& out, const DecisionDiff& diff) {
-    const size_t width = terminalWidth();
     for (const DecisionChange& change : diff.changes)
-        printChange(out, change, width);
+        printChange(out, change);
     if (diff.changed == 0)
-        printFolded(out, "the same for every mail (" + grouped(diff.kinds) + " kinds of mails compared)", width, 0);
+        out << "the same for every mail (" << grouped(diff.kinds) << " kinds of mails compared)\n";
     else
-        printFolded(out,
-                    grouped(diff.changed) + " of " + grouped(diff.kinds) + " kinds of mails are decided differently",
-                    width, 0);
+        out << grouped(diff.changed) << " of " << grouped(diff.kinds) << " kinds of mails are decided differently\n";
 }
 
 FixedPolicy openPolicy(const std::string& policy, std::ostream& err) {

@@ -5,6 +5,7 @@
 
 #include "command_options.h"
 #include "diff_decisions.h"
+#include "standard_output.h"
 
 namespace tool {
 
@@ -34,14 +35,8 @@ void addEach(CLI::App& command, const std::string& name, std::vector<std::string
     command.add_option(name, values, help)->allow_extra_args(false)->type_name(type);
 }
 
-void addNumber(CLI::App& command, const std::string& name, std::optional<uint32_t>& number, const std::string& help) {
-    command.add_option(name, number, help)->type_name("NUMBER");
-}
-
 CLI::Option* addPosition(CLI::App& command, std::optional<uint32_t>& position) {
-    return command.add_option("--position", position, "Its place among its siblings, from 1")
-        ->type_name("NUMBER")
-        ->check(CLI::Range(uint32_t{1}, UINT32_MAX));
+    return addNumber(command, "--position", position, "Its place among its siblings, from 1", 1);
 }
 
 void addSettings(CLI::App& command, SettingEdit& settings) {
@@ -66,9 +61,8 @@ void addEditOptions(CLI::App& command, EditOptions& options) {
 
 void addRuleContents(CLI::App& command, RuleEditOptions& rule) {
     addTexts(command, rule.texts);
-    command.add_option("--match-type", rule.matchType, "How its conditions are matched: 0 by sender and receiver")
-        ->type_name("NUMBER")
-        ->check(CLI::Range(0, INT32_MAX));
+    addNumber(command, "--match-type", rule.matchType, "How its conditions are matched: 0 by sender and receiver", 0,
+              INT32_MAX);
     addDangling(command, rule, "Only warn of conditions that name no list");
     command.add_flag("--allow-uncovered", rule.allowsUncovered,
                      "Only warn of conditions that no condition of the rule above covers");
@@ -91,7 +85,7 @@ void EditCommands::addTree(CLI::App& app) {
     addReport(command, _show.format);
     _onCall(command, [this](const std::string& store) {
         _show.store = store;
-        return runTree(_show, std::cout), kSuccess;
+        return runTree(_show, reportOutput(_show.format)), kSuccess;
     });
 }
 
@@ -101,7 +95,7 @@ void EditCommands::addShow(CLI::App& group, const std::string& what, const char*
     addReport(command, _show.format);
     _onCall(command, [this, run](const std::string& store) {
         _show.store = store;
-        return run(_show, std::cout), kSuccess;
+        return run(_show, reportOutput(_show.format)), kSuccess;
     });
 }
 
@@ -135,7 +129,7 @@ CLI::App& EditCommands::addRuleEdit(CLI::App& rule, const char* name, const char
     addEditOptions(command, _rule);
     _onCall(command, [this, run](const std::string& store) {
         _rule.store = store;
-        return run(_rule, std::cout, std::cerr), kSuccess;
+        return run(_rule, reportOutput(_rule.format), std::cerr), kSuccess;
     });
     return command;
 }
@@ -163,7 +157,7 @@ CLI::App& EditCommands::addTaskEdit(CLI::App& task, const char* name, const char
     addEditOptions(command, _task);
     _onCall(command, [this, run](const std::string& store) {
         _task.store = store;
-        return run(_task, std::cout, std::cerr), kSuccess;
+        return run(_task, reportOutput(_task.format), std::cerr), kSuccess;
     });
     return command;
 }
@@ -207,7 +201,7 @@ void EditCommands::addClassificationShow(CLI::App& classification) {
     addReport(command, _classificationShow.format);
     _onCall(command, [this](const std::string& store) {
         _classificationShow.store = store;
-        return runClassificationShow(_classificationShow, std::cout), kSuccess;
+        return runClassificationShow(_classificationShow, reportOutput(_classificationShow.format)), kSuccess;
     });
 }
 
@@ -218,7 +212,7 @@ CLI::App& EditCommands::addClassificationEdit(CLI::App& classification, const ch
     addEditOptions(command, _classification);
     _onCall(command, [this, run](const std::string& store) {
         _classification.store = store;
-        return run(_classification, std::cout, std::cerr), kSuccess;
+        return run(_classification, reportOutput(_classification.format), std::cerr), kSuccess;
     });
     return command;
 }
@@ -239,15 +233,13 @@ void EditCommands::addDiff(CLI::App& app) {
         command.add_flag("--decisions", _comparesDecisions, "Compare what they decide, on all mails there are");
     addMatchOptions(command, _diff.match);
     command.get_option("--best")->needs(decisions);
-    command
-        .add_option(
-            "--samples", _diff.samples,
-            "How many of the addresses of each list, or of the kinds of mails of each change, to show (default 5)")
-        ->type_name("NUMBER");
+    addNumber(command, "--samples", _diff.samples,
+              "How many of the addresses of each list, or of the kinds of mails of each change, to show (default 5)");
     addReport(command, _diff.format);
     command.footer("Exit status: 0 they are the same, 1 they differ.");
     _onCall(command, [this](const std::string&) -> ExitStatus {
-        return _comparesDecisions ? runDiffDecisions(_diff, std::cout, std::cerr) : runDiff(_diff, std::cout);
+        return _comparesDecisions ? runDiffDecisions(_diff, reportOutput(_diff.format), std::cerr)
+                                  : runDiff(_diff, reportOutput(_diff.format));
     });
 }
 

@@ -1,5 +1,9 @@
 #include "envelope_reader.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <string_view>
@@ -18,6 +22,14 @@ bool hasBlankAround(const std::string& address) {
     return !address.empty() && (address.front() == ' ' || address.back() == ' ');
 }
 
+// The bytes of a regular file from where it stands.
+std::optional<uint64_t> restOf(std::FILE* file) {
+    struct stat status {};
+    if (fstat(fileno(file), &status) != 0 || !S_ISREG(status.st_mode)) return {};
+    const off_t rest = status.st_size - std::max<off_t>(lseek(fileno(file), 0, SEEK_CUR), 0);
+    return static_cast<uint64_t>(std::max<off_t>(rest, 0));
+}
+
 }  // namespace
 
 std::string senderFromText(const std::string& text) {
@@ -33,6 +45,7 @@ EnvelopeReader::EnvelopeReader(const std::string& path)
       _opened(path == "-" ? nullptr : std::fopen(path.c_str(), "rbe")),
       _file(path == "-" ? stdin : _opened.get()) {
     if (_file == nullptr) throw UsageError("cannot open " + inQuotes(path, 4096) + ": " + std::strerror(errno));
+    _size = restOf(_file);
 }
 
 std::string EnvelopeReader::where() const {
@@ -49,11 +62,12 @@ bool EnvelopeReader::readLine(std::string& line) {
     ++_line;
     const char* fault = nullptr;
     int c = 0;
-    while ((c = std::getc(_file)) != EOF && c != '\n') {
+    for (; (c = std::getc(_file)) != EOF && c != '\n'; ++_bytes) {
         if (c == '\0') fault = "a NUL byte cannot stand in an address";
         if (line.size() == kMaxLine) fault = "the line is longer than 16 MiB; split the mail";
         if (fault == nullptr) line.push_back(static_cast<char>(c));
     }
+    if (c == '\n') ++_bytes;
     if (std::ferror(_file) != 0) throw UsageError(where() + ": cannot read on: " + std::strerror(errno));
     if (fault != nullptr) fail(fault);
     if (_line == 1 && line.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) line.erase(0, kByteOrderMark.size());

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,6 +50,10 @@ public:
     const std::string& name() const { return _name; }
     // The number of the line that was read last.
     uint64_t line() const { return _line; }
+    // The bytes that there were to read at the beginning; none for a pipe or a terminal.
+    std::optional<uint64_t> size() const { return _size; }
+    // The bytes that were read.
+    uint64_t bytes() const { return _bytes; }
 
 private:
     struct Closer {
@@ -63,7 +68,9 @@ private:
     std::string _name;
     std::unique_ptr<std::FILE, Closer> _opened;
     std::FILE* _file;
+    std::optional<uint64_t> _size;
     uint64_t _line = 0;
+    uint64_t _bytes = 0;
 };
 
 }  // namespace tool

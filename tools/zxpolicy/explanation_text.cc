@@ -141,10 +141,7 @@ std::string wayText(const MatchOptions& options) {
 }  // namespace
 
 void printText(std::ostream& out, const Explanation& explanation, const Colours& colours, size_t width) {
-    const auto heading = [&](const std::string& text) {
-        for (const std::string& line : folded(text, width))
-            out << colours.paint(line, Tone::Strong) << '\n';
-    };
+    const auto heading = [&](const std::string& text) { out << colours.paint(text, Tone::Strong) << '\n'; };
     heading("the road of a mail: " + wayText(explanation.options));
     if (explanation.restarts != 0) heading("the policy changed meanwhile, and the match was begun anew");
     if (ZX_FAILURE(explanation.unreadFilters))

@@ -24,7 +24,10 @@ void printFacts(std::ostream& out, const std::string& lead, const std::vector<Fa
         if (!fact.more.empty())
             whatColumns[fact.label] = std::max(whatColumns[fact.label], displayWidth(oneLine(fact.what)));
     }
-    const std::string blank = padded("", labelColumns);
+    const std::string further = lead + padded("", labelColumns) + "    ";
+    const auto below = [&](const std::string& more) {
+        return displayWidth(further) + displayWidth(more) <= width ? further : lead + "  ";
+    };
     for (const Fact& fact : facts) {
         const std::string begin = lead + padded(fact.label, labelColumns) + "  ";
         const std::string more = oneLine(fact.more);
@@ -35,7 +38,7 @@ void printFacts(std::ostream& out, const std::string& lead, const std::vector<Fa
         else if (displayWidth(line) <= width)
             out << line << '\n';
         else
-            out << begin << oneLine(fact.what) << '\n' << lead << blank << "    " << more << '\n';
+            out << begin << oneLine(fact.what) << '\n' << below(more) << more << '\n';
     }
 }
 

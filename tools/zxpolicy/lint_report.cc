@@ -4,8 +4,6 @@
 #include <optional>
 #include <ostream>
 
-#include "folding.h"
-#include "terminal_width.h"
 #include "text.h"
 
 namespace tool {
@@ -53,17 +51,13 @@ Json lintJson(const LintResult& result) {
 }
 
 void printText(std::ostream& out, const LintResult& result) {
-    const size_t width = terminalWidth();
     for (const Finding& finding : result.findings) {
-        const std::string severity = severityText(finding.severity);
         const std::string mail = !finding.mail ? ""
                                                : "; for example from " + inQuotes(finding.mail->sender, 255) + " to " +
                                                      inQuotes(finding.mail->receiver, 255);
-        printFolded(out, severity + " " + finding.id + ": " + finding.place, width, 4);
-        out << "    ";
-        printFolded(out, finding.text + mail, width, 4, 4);
-        out << "    ";
-        printFolded(out, "To do: " + finding.remedy + ".", width, 4, 4);
+        out << severityText(finding.severity) << ' ' << finding.id << ": " << finding.place << '\n';
+        out << "    " << finding.text << mail << '\n';
+        out << "    To do: " << finding.remedy << ".\n";
     }
     out << countText(countOf(result, Severity::Error), "error") << ", "
         << countText(countOf(result, Severity::Warning), "warning") << ", "

@@ -2,15 +2,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <ostream>
 
 #include "envelope_reader.h"
 #include "json.h"
 #include "list_commands.h"
 #include "open_list.h"
+#include "output_file.h"
 #include "table.h"
 #include "text.h"
 
@@ -73,7 +71,6 @@ void requirePlainLines(const std::vector<std::string>& addresses, const std::str
 void writeLines(const std::vector<std::string>& addresses, std::ostream& out) {
     for (const std::string& address : addresses)
         out << address << '\n';
-    out.flush();
 }
 
 }  // namespace
@@ -154,10 +151,9 @@ ExitStatus runListExport(const ListExportOptions& options, std::ostream& out) {
         writeLines(addresses, out);
         return kSuccess;
     }
-    std::ofstream file(*options.file, std::ios::binary);
-    if (!file) throw UsageError("cannot open " + inQuotes(*options.file, 4096) + ": " + std::strerror(errno));
-    writeLines(addresses, file);
-    if (!file) throw UsageError("cannot write " + inQuotes(*options.file, 4096) + ": " + std::strerror(errno));
+    OutputFile file(*options.file);
+    writeLines(addresses, file.stream());
+    file.keep();
     return kSuccess;
 }
 

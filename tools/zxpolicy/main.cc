@@ -4,6 +4,7 @@
 #include <new>
 
 #include "command_line.h"
+#include "standard_output.h"
 #include "text.h"
 #include "tool_error.h"
 
@@ -12,10 +13,11 @@ namespace tool {
 namespace {
 
 int runProgram(int argc, char** argv) {
+    const StandardOutput output;
     try {
         const int status = runCommandLine(argc, argv);
         std::cout.flush();
-        if (!std::cout) throw ToolError(kFailed, "cannot write to standard output: check the disk's free space");
+        if (!std::cout) throw ToolError(kFailed, "cannot write to standard output: " + standardOutputFault());
         return status;
     } catch (const ToolError& failure) {
         std::cerr << "zxpolicy: " << oneLine(failure.what()) << '\n';

@@ -26,19 +26,28 @@ void matchOne(const MatchCommandOptions& options, Matcher& matcher, std::ostream
         printText(out, envelope, decision);
 }
 
+// The answers are worth nothing where some are missing.
+bool readMail(EnvelopeReader& reader, Envelope& envelope) {
+    try {
+        return reader.next(envelope);
+    } catch (const BadLine& bad) {
+        throw UsageError(std::string(bad.what()) + "; match ends at the first bad line, correct it (replay goes on)");
+    }
+}
+
 void matchMany(const MatchCommandOptions& options, EnvelopeReader& reader, Matcher& matcher, std::ostream& out) {
     // Lines that go to the terminal show how far it is, and a count among them would garble them.
     const bool isStreamed = options.format == OutputFormat::Json && isatty(STDOUT_FILENO) != 0;
-    Progress progress("mails", !isStreamed);
+    Progress progress("mails", reader.size(), !isStreamed);
     MatchSummary summary;
     Envelope envelope;
-    while (reader.next(envelope)) {
+    while (readMail(reader, envelope)) {
         const Decision decision = matcher.decide(envelope);
         if (options.format == OutputFormat::Json)
             printJson(out, envelope, decision);
         else
             summary.add(envelope, decision);
-        progress.step();
+        progress.step(reader.bytes());
     }
     progress.clear();
     if (options.format == OutputFormat::Text) summary.print(out, readRuleTree(matcher.rules()));

@@ -45,7 +45,7 @@ std::string durationText(std::chrono::nanoseconds duration) {
 }
 
 void MatchSummary::print(std::ostream& out, const RuleNode& root) const {
-    out << grouped(_mails) << " mails, " << grouped(_receivers) << " receivers\n\n";
+    out << counted(_mails, "mail") << ", " << counted(_receivers, "receiver") << "\n\n";
     printRules(out, root);
     if (_countsConditions) printConditions(out, root);
     printTasks(out, root);

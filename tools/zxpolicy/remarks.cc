@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "standard_output.h"
 #include "text.h"
 #include "tool_error.h"
 
@@ -16,9 +17,8 @@ void printRemarks(std::ostream& err, const char* kind, const std::vector<std::st
 
 void requireReported(std::ostream& out, const std::string& whatWasDone, bool isDryRun) {
     if (out.flush() || isDryRun) return;
-    throw ToolError(kFailed, whatWasDone +
-                                 ", but the report could not be written to standard output: check the disk's free "
-                                 "space");
+    throw ToolError(kFailed,
+                    whatWasDone + ", but the report could not be written to standard output: " + standardOutputFault());
 }
 
 }  // namespace tool

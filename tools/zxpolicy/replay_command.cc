@@ -1,14 +1,12 @@
 #include "replay_command.h"
 
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
+#include <optional>
 #include <ostream>
 
 #include "decision_changes.h"
 #include "fixed_policy.h"
 #include "match_summary.h"
+#include "output_file.h"
 #include "progress.h"
 #include "text.h"
 #include "traffic.h"
@@ -16,29 +14,6 @@
 namespace tool {
 
 namespace {
-
-// The file that lists changes; none when it is not wanted.
-class ChangeListing {
-public:
-    explicit ChangeListing(const std::optional<std::string>& path) {
-        if (!path) return;
-        _name = inQuotes(*path, 4096);
-        _file.open(*path, std::ios::binary);
-        if (!_file) throw UsageError("cannot write " + _name + ": " + std::strerror(errno));
-    }
-
-    std::ostream* stream() { return _file.is_open() ? &_file : nullptr; }
-
-    void close() {
-        if (!_file.is_open()) return;
-        _file.close();
-        if (!_file) throw ToolError(kFailed, "cannot write all changes to " + _name + ": check the disk's free space");
-    }
-
-private:
-    std::string _name;
-    std::ofstream _file;
-};
 
 // A report of what was counted, with what the traffic held besides.
 template <class Counted>
@@ -56,11 +31,11 @@ ExitStatus addDecisionsUp(const ReplayOptions& options, const FixedPolicy& polic
                           std::ostream& out) {
     Matcher matcher(policy.store(), options.match, options.tasks(policy.store()), Matcher::Conditions::Watched);
     MatchSummary summary(MatchSummary::Conditions::Counted);
-    Progress progress("mails");
+    Progress progress("mails", traffic.size());
     Envelope envelope;
     while (traffic.next(envelope)) {
         summary.add(envelope, matcher.decide(envelope));
-        progress.step();
+        progress.step(traffic.bytes());
     }
     progress.clear();
     const RuleNode root = readRuleTree(matcher.rules());
@@ -72,16 +47,17 @@ ExitStatus compareDecisions(const ReplayOptions& options, const FixedPolicy& pol
                             Traffic& traffic, std::ostream& out) {
     Matcher before(policy.store(), options.match, options.tasks(policy.store()));
     Matcher after(other.store(), options.match, options.tasks(other.store()));
-    ChangeListing listing(options.changes);
-    DecisionChanges changes(options.samples, listing.stream());
-    Progress progress("mails");
+    std::optional<OutputFile> listing;
+    if (options.changes) listing.emplace(*options.changes);
+    DecisionChanges changes(options.samples, listing ? &listing->stream() : nullptr);
+    Progress progress("mails", traffic.size());
     Envelope envelope;
     while (traffic.next(envelope)) {
         changes.add(traffic.line(), envelope, before.decide(envelope), after.decide(envelope));
-        progress.step();
+        progress.step(traffic.bytes());
     }
     progress.clear();
-    listing.close();
+    if (listing) listing->keep();
     printReplay(options, out, traffic, changes.json(), [&] { changes.print(out); });
     return changes.isEmpty() ? kSuccess : kAnswerIsNo;
 }
@@ -90,9 +66,7 @@ ExitStatus compareDecisions(const ReplayOptions& options, const FixedPolicy& pol
 void requireSeparateFiles(const ReplayOptions& options) {
     if (options.envelopes == "-" && options.against == "-")
         throw UsageError("--envelopes and --against cannot both read standard input");
-    std::error_code isMissing;
-    if (options.changes && std::filesystem::equivalent(options.envelopes, *options.changes, isMissing))
-        throw UsageError("--changes would write over the mails in " + inQuotes(options.envelopes, 4096));
+    if (options.changes) requireMailsKept(options.envelopes, "--changes", *options.changes);
 }
 
 void sayWhetherOutdated(const FixedPolicy& policy, std::ostream& err) {

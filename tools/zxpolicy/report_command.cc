@@ -1,7 +1,6 @@
 #include "report_command.h"
 
 #include <algorithm>
-#include <fstream>
 #include <map>
 #include <ostream>
 #include <sstream>
@@ -11,9 +10,11 @@
 #include "explainer.h"
 #include "explanation_report.h"
 #include "fixed_policy.h"
+#include "folding.h"
 #include "json.h"
 #include "lint_report.h"
 #include "match_summary.h"
+#include "output_file.h"
 #include "progress.h"
 #include "report_page.h"
 #include "text.h"
@@ -64,14 +65,15 @@ Json roadsJson(const Store& store, const MatchOptions& options, const std::vecto
     Json roads = Json::array();
     for (const SampleMail& mail : mails) {
         std::ostringstream road;
-        printText(road, explain(store, options, {mail.sender, {mail.receiver}}), Colours(false), kPageWidth);
+        FoldedOutput folded(road, kPageWidth);
+        printText(folded, explain(store, options, {mail.sender, {mail.receiver}}), Colours(false), kPageWidth);
         roads.add(Json::object({{"sender", mail.sender}, {"receiver", mail.receiver}, {"road", road.str()}}));
     }
     return roads;
 }
 
 // The options of explain that ask for the same way of matching.
-std::string optionsText(const MatchOptions& options) {
+std::string explainOptions(const MatchOptions& options) {
     if (!options.isBest) return "";
     std::string text = " --best";
     if (options.priority == ZXPOL_PRIORITY_SENDER_FIRST) text += " --priority sender";
@@ -91,44 +93,41 @@ std::string forScript(const std::string& json) {
     return text;
 }
 
-void writePage(const std::string& path, const std::string& data) {
+std::string pageOf(const std::string& data) {
     std::string page = kReportPage;
     const std::string place = "%DATA%";
-    page.replace(page.find(place), place.size(), forScript(data));
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << page;
-    file.close();
-    if (!file)
-        throw ToolError(
-            kFailed, "cannot write the page " + inQuotes(path, 4096) + ": check its folder and the disk's free space");
+    return page.replace(page.find(place), place.size(), forScript(data));
 }
 
 }  // namespace
 
 ExitStatus runReport(const ReportOptions& options, std::ostream& out, std::ostream& err) {
+    requireMailsKept(options.envelopes, "--html", options.html);
     const FixedPolicy policy(options.store);
     Traffic traffic(options.envelopes, kKeptBadLines);
+    OutputFile page(options.html);
     Matcher matcher(policy.store(), options.match, options.tasks(policy.store()), Matcher::Conditions::Watched);
     MatchSummary summary(MatchSummary::Conditions::Counted);
     Samples samples(options.roads);
-    Progress progress("mails");
+    Progress progress("mails", traffic.size());
     Envelope envelope;
     while (traffic.next(envelope)) {
         const Decision decision = matcher.decide(envelope);
         summary.add(envelope, decision);
         samples.add(envelope, decision);
-        progress.step();
+        progress.step(traffic.bytes());
     }
     progress.clear();
     const std::vector<SampleMail> mails = samples.chosen();
     Json data = Json::object({{"version", uint32_t{1}},
                               {"policy", oneLine(policy.name())},
                               {"mode", options.match.isBest ? "best" : "first"},
-                              {"options", optionsText(options.match)}});
+                              {"options", explainOptions(options.match)}});
     data.add("traffic", summary.json(readRuleTree(matcher.rules())).add("badLines", traffic.badLinesJson()));
     data.add("roads", roadsJson(policy.store(), options.match, mails));
     data.add("lint", lintJson(lintPolicy(policy.store(), options.match)));
-    writePage(options.html, data.line());
+    page.stream() << pageOf(data.line());
+    page.keep();
     out << options.html << ": " << grouped(mails.size()) << (mails.size() == 1 ? " mail" : " mails") << " explained\n";
     traffic.printBadLines(out);
     if (policy.isOutdated())

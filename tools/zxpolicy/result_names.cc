@@ -49,7 +49,7 @@ const std::array kResults{
     ENTRY(ZXREG_E_PERMISSION, "check the permissions of the store's file and folder"),
     ENTRY(ZXREG_E_BUSY, "another program is changing the store; try again"),
     ENTRY(ZXREG_E_DELETED, "another program has deleted the item; try again"),
-    ENTRY(ZXREG_E_LOCATION, "give a location such as sqlite:policy.db"),
+    ENTRY(ZXREG_E_LOCATION, "correct --store or ZXPOLICY_STORE"),
     ENTRY(ZXREG_E_NO_UPDATE, "an internal failure; please report it"),
     ENTRY(ZXREG_E_SECRET, "restore the store's key file"),
     ENTRY(ZXREG_E_UNSAFE, "look who may have used the file, and mend it as told"),

@@ -38,30 +38,10 @@ void printOne(std::ostream& out, const Statement& statement, size_t column, size
     }
     if (!statement.thing.empty()) out << begin << '\n';
     const size_t hanging = statement.indent + (statement.thing.empty() ? 0 : kHanging);
-    for (const std::string& line : folded(statement.text, width - std::min(width, hanging)))
-        out << blanks(hanging) << painted(line) << '\n';
+    out << blanks(hanging) << painted(statement.text) << '\n';
 }
 
 }  // namespace
-
-std::vector<std::string> folded(const std::string& text, size_t width) {
-    std::vector<std::string> lines;
-    size_t used = 0;
-    for (size_t begin = 0; begin < text.size();) {
-        const size_t end = std::min(text.find(' ', begin), text.size());
-        const std::string word = text.substr(begin, end - begin);
-        const size_t columns = displayWidth(word);
-        if (lines.empty() || used + 1 + columns > width) {
-            lines.push_back(word);
-            used = columns;
-        } else {
-            lines.back() += ' ' + word;
-            used += 1 + columns;
-        }
-        begin = end + 1;
-    }
-    return lines;
-}
 
 void printStatements(std::ostream& out, const std::vector<Statement>& statements, size_t width,
                      const Colours& colours) {

@@ -9,7 +9,8 @@
 
 namespace tool {
 
-// The columns in `left` are aligned left, the others right.
+// The columns in `left` are aligned left, the others right. Where the terminal is too narrow for a row, each row is a
+// block instead: its first column, and below it the others behind their headings.
 class Table {
 public:
     explicit Table(std::vector<std::string> heading, std::set<size_t> left = {0}) : _left(std::move(left)) {
@@ -20,6 +21,9 @@ public:
     void print(std::ostream& out) const;
 
 private:
+    std::vector<size_t> columnWidths() const;
+    void printBlocks(std::ostream& out, size_t width) const;
+
     std::set<size_t> _left;
     std::vector<std::vector<std::string>> _rows;
 };

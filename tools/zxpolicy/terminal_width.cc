@@ -8,14 +8,16 @@
 
 namespace tool {
 
+std::optional<size_t> columnsOf(int descriptor) {
+    winsize size{};
+    if (isatty(descriptor) == 0 || ioctl(descriptor, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return {};
+    return size.ws_col;
+}
+
 size_t terminalWidth() {
     const char* wanted = std::getenv("COLUMNS");
     const unsigned long columns = wanted == nullptr ? 0 : std::strtoul(wanted, nullptr, 10);
-    if (columns > 0) return columns;
-    winsize size{};
-    if (isatty(STDOUT_FILENO) != 0 && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
-        return size.ws_col;
-    return SIZE_MAX;
+    return columns > 0 ? columns : columnsOf(STDOUT_FILENO).value_or(SIZE_MAX);
 }
 
 }  // namespace tool

@@ -15,6 +15,13 @@ size_t sequenceLength(unsigned char first, uint32_t& bits) {
     return 0;
 }
 
+// The bytes of the colour that a text begins with; 0 without one.
+size_t colourSize(std::string_view text) {
+    if (text.compare(0, 2, "\x1b[") != 0) return 0;
+    const size_t end = text.find_first_not_of("0123456789;", 2);
+    return end != std::string_view::npos && text[end] == 'm' ? end + 1 : 0;
+}
+
 void appendHex(std::string& out, unsigned char byte) {
     char text[8];
     std::snprintf(text, sizeof text, "\\x%02X", byte);
@@ -67,8 +74,13 @@ bool isUtf8(std::string_view text) {
 size_t displayWidth(std::string_view text) {
     size_t width = 0;
     uint32_t codePoint = 0;
-    for (size_t position = 0; position < text.size(); ++width)
+    for (size_t position = 0; position < text.size();) {
+        const size_t begin = position;
+        position += colourSize(text.substr(position));
+        if (position != begin) continue;
         if (!nextCodePoint(text, position, codePoint)) ++position;
+        ++width;
+    }
     return width;
 }
 

@@ -21,7 +21,7 @@ bool isUtf8(std::string_view text);
 // character, separator of lines or paragraphs, or mark of writing direction.
 bool isFitForLine(uint32_t codePoint);
 
-// The number of columns that a terminal shows for the text: one per code point.
+// The number of columns that a terminal shows for the text: one per code point, none for colours.
 size_t displayWidth(std::string_view text);
 
 // The text as it may stand in a line of output: what is not fit for one, and bytes that are no UTF-8, as \xHH.

@@ -22,6 +22,9 @@ public:
 
     // The number of the line of the mail that was read last.
     uint64_t line() const { return _reader.line(); }
+    // How much there is to read, where that is known, and how much was read.
+    std::optional<uint64_t> size() const { return _reader.size(); }
+    uint64_t bytes() const { return _reader.bytes(); }
     uint64_t badLines() const { return _badLines; }
 
     // The bad lines: a block of lines, nothing without any; their number and the first ones.
@@ -34,5 +37,8 @@ private:
     uint64_t _badLines = 0;
     std::vector<BadLine> _first;
 };
+
+// Throws a UsageError when the file that an option has written is the file of the mails.
+void requireMailsKept(const std::string& envelopes, const char* option, const std::string& written);
 
 }  // namespace tool

@@ -1,0 +1,158 @@
+// Files that are written whole or not at all.
+#include "output_file.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include "tool_error.h"
+#include "tool_fixture.h"
+
+namespace tool {
+
+namespace {
+
+using testing::HasSubstr;
+using testing::UnorderedElementsAre;
+
+class OutputFileTest : public ToolTest {
+protected:
+    OutputFileTest() { std::filesystem::create_directory(path("f")); }
+
+    static mode_t modeOf(const std::string& file) {
+        struct stat status {};
+        EXPECT_EQ(stat(file.c_str(), &status), 0);
+        return status.st_mode & 07777;
+    }
+    // The names in the folder of the files to write.
+    std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(path("f")))
+            names.push_back(entry.path().filename());
+        return names;
+    }
+    // Expects a refusal, and gives what it says.
+    static std::string refusal(const std::string& file) {
+        try {
+            OutputFile output(file);
+        } catch (const UsageError& refused) {
+            return refused.what();
+        }
+        ADD_FAILURE() << file << " was opened";
+        return "";
+    }
+};
+
+}  // namespace
+
+TEST_F(OutputFileTest, WhatIsKeptTakesThePlaceAndTheModeOfTheFile) {
+    const std::string file = write("f/out", "old");
+    chmod(file.c_str(), 0640);
+    OutputFile output(file);
+    output.stream() << "new " << std::string(100000, 'x');
+    output.stream().flush();
+    EXPECT_EQ(read(file), "old");
+    output.keep();
+    EXPECT_EQ(read(file), "new " + std::string(100000, 'x'));
+    EXPECT_EQ(modeOf(file), 0640U);
+    EXPECT_THAT(names(), UnorderedElementsAre("out"));
+}
+
+TEST_F(OutputFileTest, ANewFileHasTheModeThatTheUserAsksFor) {
+    const mode_t mask = umask(027);
+    OutputFile output(path("f/out"));
+    output.keep();
+    umask(mask);
+    EXPECT_EQ(modeOf(path("f/out")), 0640U);
+}
+
+TEST_F(OutputFileTest, WhatIsNotKeptLeavesNothing) {
+    const std::string file = write("f/out", "old");
+    OutputFile(file).stream() << "new" << std::flush;
+    OutputFile(path("f/other")).stream() << "new" << std::flush;
+    EXPECT_EQ(read(file), "old");
+    EXPECT_THAT(names(), UnorderedElementsAre("out"));
+}
+
+TEST_F(OutputFileTest, BehindALinkTheFileItselfIsWritten) {
+    const std::string file = write("f/out", "old");
+    std::filesystem::create_symlink(file, path("link"));
+    OutputFile output(path("link"));
+    output.stream() << "new";
+    output.keep();
+    EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+    EXPECT_EQ(read(file), "new");
+}
+
+TEST_F(OutputFileTest, APipeIsWrittenDirectly) {
+    ASSERT_EQ(mkfifo(path("f/pipe").c_str(), 0600), 0);
+    const int reader = open(path("f/pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    OutputFile output(path("f/pipe"));
+    output.stream() << "new";
+    output.keep();
+    char text[8] = "";
+    EXPECT_EQ(::read(reader, text, sizeof text), 3);
+    EXPECT_STREQ(text, "new");
+    close(reader);
+    EXPECT_THAT(names(), UnorderedElementsAre("pipe"));
+}
+
+TEST_F(OutputFileTest, WhatCannotBeWrittenIsRefusedWithTheReason) {
+    EXPECT_THAT(refusal(path("none/out")), HasSubstr("none/out\": No such file or directory"));
+    EXPECT_THAT(refusal(path("f")), HasSubstr("Is a directory"));
+    EXPECT_THAT(refusal(path("f/none/")), HasSubstr("cannot write"));
+    EXPECT_THAT(refusal(""), HasSubstr("cannot write \"\": No such file"));
+    OutputFile full("/dev/full");
+    full.stream() << "text";
+    try {
+        full.keep();
+        ADD_FAILURE();
+    } catch (const ToolError& failure) {
+        EXPECT_EQ(failure.status(), kFailed);
+        EXPECT_STREQ(failure.what(),
+                     "cannot write \"/dev/full\": No space left on device; free some space, and try again");
+    }
+}
+
+// What a shell has in the file before and behind stays.
+TEST_F(OutputFileTest, StandardOutputByItsNameIsWrittenWhereItStands) {
+    apply(
+        "zxpolicy: 1\nlists: [{name: L, addresses: [a@b.c]}]\nroot: {conditions: [{sender: \"*\", receiver: "
+        "\"*\"}]}\n");
+    EXPECT_EQ(runShell("echo before; $zxpolicy list export L /dev/stdout; echo behind").out, "before\na@b.c\nbehind\n");
+}
+
+TEST_F(OutputFileTest, AFileThatGrowsTooLargeLeavesTheOldOne) {
+    apply(policyWithRoot(""));
+    write("f/page.html", "old");
+    write("mails.tsv", "a@b.c\td@e.f\n");
+    const Outcome outcome =
+        runShell("ulimit -f 1; $zxpolicy report --envelopes mails.tsv --html f/page.html; echo $? >status");
+    EXPECT_EQ(read(path("status")), std::to_string(128 + SIGXFSZ) + "\n");
+    EXPECT_EQ(read(path("f/page.html")), "old");
+    EXPECT_THAT(names(), UnorderedElementsAre("page.html"));
+}
+
+// It waits for mails with its file begun.
+TEST_F(OutputFileTest, ASignalThatEndsTheProgramLeavesNothing) {
+    apply(policyWithRoot(""));
+    write("f/changes", "old");
+    write("other.yaml", "zxpolicy: 1\nroot: {conditions: [{sender: x@y, receiver: x@y}]}\n");
+    ASSERT_EQ(mkfifo(path("mails").c_str(), 0600), 0);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        const Outcome outcome = runShell(
+            "exec 3<>mails; env --default-signal=INT,TERM,HUP $zxpolicy replay --envelopes mails --against other.yaml "
+            "--changes f/changes 2>said & while [ -z \"$(ls -A f | grep zxpolicy)\" ]; do sleep 0.01; done; kill -" +
+            std::to_string(signal) + " $!; wait $!");
+        EXPECT_EQ(outcome.status, 128 + signal);
+        EXPECT_EQ(read(path("said")), "");
+        EXPECT_EQ(read(path("f/changes")), "old");
+        EXPECT_THAT(names(), UnorderedElementsAre("changes"));
+    }
+}
+
+}  // namespace tool
