@@ -66,8 +66,9 @@ TEST_F(ApplyTest, ReportsAsJson) {
     EXPECT_THAT(outcome.out, HasSubstr(R"({"change":"deleted","what":"task","name":"\\spam","details":[]})"));
     EXPECT_THAT(outcome.out, HasSubstr(R"("created":0,"changed":1,"moved":0,"deleted":4})"));
     EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 1);
-    EXPECT_EQ(run({"apply", "--format", "json", "-"}, policy).out,
-              "{\"dryRun\":false,\"changes\":[],\"created\":0,\"changed\":0,\"moved\":0,\"deleted\":0}\n");
+    EXPECT_EQ(
+        run({"apply", "--format", "json", "-"}, policy).out,
+        "{\"version\":1,\"dryRun\":false,\"changes\":[],\"created\":0,\"changed\":0,\"moved\":0,\"deleted\":0}\n");
 }
 
 TEST_F(ApplyTest, ADryRunSaysTheSameAndLeavesTheStoreAsItWas) {

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Opens the page of zxpolicy report in a browser without a window: it shows the rules, their traffic and the findings,
-# and the road of a mail is the one that zxpolicy explain tells.
+# and the road of a mail is the one that zxpolicy explain tells. Names that are pieces of a page, or turn the direction of
+# a line, are texts there like others.
 #   check_report_page.sh PROGRAM EXAMPLES
 set -euo pipefail
 
@@ -73,5 +74,35 @@ text '<p id="sampled">(.*?)</p>' | grep -q 'worked out beforehand' || complain "
 
 shown "sender=eve@example.net&receiver=unknown@nowhere.example" >dom.html
 text '<p id="said"[^>]*>(.*?)</p>' | grep -q 'not among those' || complain "a mail that was not explained is not refused"
+
+# A command that the page proposes is one that a shell takes as it stands.
+shown "sender=o'b@x.example&receiver=-r@y.example" >dom.html
+asked=$(text '<p id="said"[^>]*>(.*?)</p>' | sed 's/.*Ask: zxpolicy //')
+eval "\"$program\" $asked" >road.txt || complain "no shell takes the command $asked"
+grep -qxF "mail from o'b@x.example" road.txt && grep -qxF 'receiver -r@y.example' road.txt ||
+    complain "the command asks for another mail: $asked"
+
+cat >hostile.yaml <<'END'
+zxpolicy: 1
+root:
+  conditions: [{sender: "*", receiver: "*@z.example"}]
+  rules:
+    - name: "</script><script>document.title='taken'</script>"
+      conditions: [{sender: "*", receiver: "*@z.example"}]
+    - name: "<!-- <img src=x onerror=document.title='taken'> %DATA%"
+      conditions: [{sender: "*", receiver: "b@z.example"}]
+    - name: "\u202Eback\u2028\e"
+      conditions: [{sender: "*", receiver: "c@z.example"}]
+END
+"$program" --store sqlite:hostile.db apply hostile.yaml >/dev/null 2>&1
+"$program" --store sqlite:hostile.db report --envelopes /dev/null --html page.html >/dev/null
+shown "" >dom.html
+text '<title>(.*?)</title>' | grep -qx 'Mail policy report' || complain "a name has run as a script"
+(($(grep -o '<img' dom.html | wc -l) == 0)) || complain "a name has become a picture"
+for shown in "\\</script><script>document.title='taken'</script>" '\xE2\x80\xAEback\xE2\x80\xA8\x1B'; do
+    text '<div id="rules">(.*)<div id="rest"' | grep -qF -- "$shown" || complain "it does not show the name $shown"
+done
+text '<p id="summary">(.*?)</p>' | grep -q ' 0 mails to 0 receivers' || complain "no traffic is not told as such"
+grep -q 'NaN' dom.html && complain "no traffic has shares"
 
 exit $wrong

@@ -78,7 +78,7 @@ TEST_F(ClassificationPolicyTest, ApplySaysWhatItDid) {
 TEST_F(ClassificationPolicyTest, ReportsAsJson) {
     const Outcome outcome =
         run({"apply", "--json", "-"}, policyWith("  - {name: \"A \\\"B\\\"\", actions: [{name: c}]}\n"));
-    EXPECT_EQ(outcome.out, R"({"dryRun":false,"changes":[)"
+    EXPECT_EQ(outcome.out, R"({"version":1,"dryRun":false,"changes":[)"
                            R"({"change":"created","what":"classification","name":"A \"B\"","details":[]},)"
                            R"({"change":"created","what":"action","name":"A \"B\"\\c","details":[]}],)"
                            R"("created":2,"changed":0,"moved":0,"deleted":0})"

@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "apply.h"
 #include "edit_fixture.h"
 #include "policy_diff.h"
 #include "random_policy.h"
@@ -33,7 +34,15 @@ protected:
     }
 };
 
-// What apply would print, from the report of a comparison.
+// What apply would print, from the changes or from the report of a comparison.
+std::vector<std::string> changesOf(const ChangeLog& log) {
+    std::vector<std::string> lines;
+    for (const Change& change : log.changes())
+        lines.push_back(std::string(kindName(change.kind)) + " " + change.what + " " + change.name);
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
 std::vector<std::string> changesOf(const json& report) {
     std::vector<std::string> lines;
     for (const json& change : report["changes"])
@@ -71,6 +80,28 @@ TEST_F(DiffCommandTest, RulesWithConditionsAndMarksAreCompared) {
                               "{sender: (Partners), receiver: \"*@sales.example\"}, {sender: \"*\", receiver: "
                               "\"*@sales.example\"}")),
               "changed rule \\Sales\n  conditions: another order or number\n1 changed\n");
+}
+
+TEST_F(DiffCommandTest, AnotherOrderOfConditionsIsToldBesideOtherChanges) {
+    EXPECT_EQ(diff(policyWith("      displayName: Sales department\n      conditions: [{sender: \"*\", receiver: "
+                              "\"*@sales.example\"}, {sender: (Partners), receiver: \"*@sales.example\"}]",
+                              "      conditions: [{sender: (Partners), receiver: \"*@sales.example\"}, {sender: "
+                              "\"*\", receiver: \"*@sales.example\"}]")),
+              "changed rule \\Sales\n"
+              "  displayName: \"Sales department\" -> \"\"\n"
+              "  conditions: another order or number\n"
+              "1 changed\n");
+}
+
+TEST_F(DiffCommandTest, LongTextsAreShownWhereTheyDiffer) {
+    const std::string same(59, 'x');
+    apply(policyWith("comment: c", "comment: " + same + "éa-" + same + "A"));
+    EXPECT_EQ(diff(policyWith("comment: c", "comment: " + same + "éa-" + same + "B")),
+              "changed rule \\Labs\n  comment: \"...A\" -> \"...B\"\n1 changed\n");
+    EXPECT_EQ(diff(policyWith("comment: c", "comment: " + same + "è")),
+              "changed rule \\Labs\n  comment: \"" + same + "é...\" -> \"" + same + "è\"\n1 changed\n");
+    EXPECT_EQ(diff(policyWith("comment: c", "comment: " + same + "éb")),
+              "changed rule \\Labs\n  comment: \"...a-" + same.substr(4) + "...\" -> \"...b\"\n1 changed\n");
 }
 
 TEST_F(DiffCommandTest, RulesThatCameWentAndMovedAreTold) {
@@ -130,9 +161,9 @@ TEST_F(DiffCommandTest, FiltersClassificationsAndActionsAreCompared) {
               "  comment: \"\" -> \"c\"\n"
               "created action Even\\a\n"
               "created exclusive filter 9\n"
-              "  priority: \"\" -> \"asc\"\n"
+              "  priority: asc\n"
               "changed exclusive filter 26\n"
-              "  priority: \"asc\" -> \"desc\"\n"
+              "  priority: asc -> desc\n"
               "3 created, 2 changed, 2 deleted\n");
 }
 
@@ -193,12 +224,17 @@ TEST_F(DiffCommandTest, HostileTextsSteerNoTerminal) {
 }
 
 TEST_F(DiffCommandTest, TellsTheSameChangesAsApplyMakes) {
+    const Store store("memory:", Store::Missing::Create);
     for (unsigned int seed = 0; seed < 150; ++seed) {
         RandomPolicy random(seed);
         const Policy before = random.make();
         const Policy after = seed % 3 == 0 ? before : random.make();
         EXPECT_TRUE(differencesOf(before, before, 5).changes.isEmpty()) << seed;
         EXPECT_EQ(differencesOf(before, after, 5).changes.isEmpty(), firstDifference(before, after).empty()) << seed;
+        applyPolicy(store, "before", before, false);
+        EXPECT_EQ(changesOf(differencesOf(before, after, 5).changes),
+                  changesOf(applyPolicy(store, "after", after, true).changes))
+            << seed;
     }
     const std::string after = policyWith("    - name: Labs\n      comment: c\n",
                                          "    - name: Library\n      tasks: [{name: t}, {name: u}]\n");

@@ -58,6 +58,18 @@ std::string textOf(const json& report) {
     return text.empty() ? "nothing to change\n" : text;
 }
 
+// The changes by kind, thing and name. Of several that may move, each way tells others: these are by kind and thing.
+std::vector<std::string> changedThings(const json& report) {
+    std::vector<std::string> changes;
+    for (const json& change : report["changes"]) {
+        const std::string kind = change["change"];
+        const std::string name = kind == "moved" ? "" : change["name"];
+        changes.push_back(kind + " " + change["what"].get<std::string>() + " " + name);
+    }
+    std::sort(changes.begin(), changes.end());
+    return changes;
+}
+
 // The lines without the last one, which has the numbers.
 std::string withoutNumbers(const std::string& report) {
     if (report == "nothing to change\n") return report;
@@ -100,6 +112,8 @@ std::string EditTest::change(const std::vector<std::string>& arguments) {
     EXPECT_EQ(err, dryText.err);
     EXPECT_EQ(withoutNumbers(real.out), withoutNumbers(dryText.out));
     EXPECT_EQ(dump() == before, isNothing);
+    const Outcome difference = run({"diff", "--json", write("before.yaml", before), location()});
+    EXPECT_EQ(changedThings(json::parse(difference.out)["diff"]), changedThings(dryJson));
     return withoutNumbers(real.out);
 }
 

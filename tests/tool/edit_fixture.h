@@ -17,8 +17,9 @@ protected:
     static const std::string& policy();
     static std::string policyWith(const std::string& before, const std::string& after);
 
-    // Makes a change: dry as text and as JSON, which must change nothing, then as JSON or text for real. All three must
-    // report the same. Returns the report of the last one as text, without the line of numbers.
+    // Makes a change: dry as text and as JSON, which must change nothing, then as text for real. All three must
+    // report the same, and diff must find the same. Returns the report of the last one as text, without the line of
+    // numbers.
     std::string change(const std::vector<std::string>& arguments);
 
     // Asks for a change that must be refused in one line with this status, and leave everything as it was. Returns the

@@ -119,14 +119,14 @@ TEST_F(ListCommandTest, AllListsAreShownWithKindAndNumber) {
     EXPECT_EQ(list({}), expected);
     EXPECT_EQ(list({"show"}), expected);
     const std::string document =
-        R"({"lists":[{"name":"L","type":"normal","addresses":5,"displayName":"Some","comment":"c"},)"
-        R"({"name":"Staff","type":"directory","displayName":"St\u001b[31maff","comment":""}]})"
+        R"({"version":1,"lists":[{"name":"L","type":"normal","addresses":5,"displayName":"Some","comment":"c"},)"
+        R"({"name":"Staff","type":"directory","addresses":null,"displayName":"St\u001b[31maff","comment":""}]})"
         "\n";
     EXPECT_EQ(list({"--format", "json"}), document);
     EXPECT_EQ(list({"show", "--json"}), document);
     apply(policyWithRoot(""));
     EXPECT_EQ(list({}), "there are no address lists\n");
-    EXPECT_EQ(list({"--json"}), "{\"lists\":[]}\n");
+    EXPECT_EQ(list({"--json"}), "{\"version\":1,\"lists\":[]}\n");
 }
 
 TEST_F(ListCommandTest, TheNumberOfAddressesIsFoundWhateverItIs) {
@@ -150,7 +150,7 @@ TEST_F(ListCommandTest, AddressesAreShownInThreeOrders) {
     EXPECT_EQ(list({"show", "L", "--order", "ascending"}), "*@a.example\n*@B.example\na@x\nb@x\nc@x\n");
     EXPECT_EQ(list({"show", "L", "--order", "descending"}), "c@x\nb@x\na@x\n*@B.example\n*@a.example\n");
     EXPECT_EQ(list({"show", "L", "--json", "--order", "ascending"}),
-              R"({"name":"L","type":"normal","displayName":"Some","comment":"c",)"
+              R"({"version":1,"name":"L","type":"normal","displayName":"Some","comment":"c",)"
               R"("addresses":["*@a.example","*@B.example","a@x","b@x","c@x"]})"
               "\n");
 }
@@ -163,9 +163,11 @@ TEST_F(ListCommandTest, CheckSaysWhichEntryDecides) {
     EXPECT_EQ(list({"check", "L", "any@c.example"}, 1), "no entry of address list \"L\" matches \"any@c.example\"\n");
     EXPECT_EQ(err, "");
     EXPECT_EQ(list({"check", "L", "--json", "x@a.example"}),
-              "{\"list\":\"L\",\"address\":\"x@a.example\",\"matches\":true,\"entry\":\"*@a.example\","
+              "{\"version\":1,\"list\":\"L\",\"address\":\"x@a.example\",\"matches\":true,\"entry\":\"*@a.example\","
               "\"weight\":4000}\n");
-    EXPECT_EQ(list({"check", "L", "<>", "--json"}, 1), "{\"list\":\"L\",\"address\":\"\",\"matches\":false}\n");
+    EXPECT_EQ(list({"check", "L", "<>", "--json"}, 1),
+              "{\"version\":1,\"list\":\"L\",\"address\":\"\",\"matches\":false,\"entry\":null,"
+              "\"weight\":null}\n");
     list({"add", "L", "*"});
     EXPECT_EQ(list({"check", "L", "<>"}), "\"\" is matched by \"*\", weight 0\n");
 }
@@ -233,7 +235,7 @@ TEST_F(ListCommandTest, AddingReportsWhatBecameOfEachAddress) {
               "(0x8102000a): an address, condition or path is malformed; correct it\n");
     EXPECT_EQ(
         list({"add", "L", "--json", "x@y", "\x1b[2J"}, 1),
-        R"({"list":"L","dryRun":false,"added":1,"duplicate":0,"invalid":1,"passedOver":["\u001b[2J"],"addresses":9})"
+        R"({"version":1,"list":"L","dryRun":false,"added":1,"duplicate":0,"invalid":1,"passedOver":["\u001b[2J"],"addresses":9})"
         "\n");
     EXPECT_THAT(shown(), EndsWith("new@x\n*@new.example\nnewer@x\nx@y\n"));
 }
@@ -257,9 +259,10 @@ TEST_F(ListCommandTest, ADryRunSaysWhatWouldBeAndChangesNothing) {
     EXPECT_EQ(list({"add", "L", "new@x", "--dry-run"}),
               "address list \"L\": 1 added, 0 duplicate, 0 invalid; it would hold 6\n"
               "dry run: nothing was written\n");
-    EXPECT_EQ(listJson({"remove", "L", "a@x", "b@x", "--dry-run", "--json"}),
-              json::parse(R"({"list":"L","dryRun":true,"removed":2,"duplicate":0,"missing":0,"passedOver":[],)"
-                          R"("addresses":3})"));
+    EXPECT_EQ(
+        listJson({"remove", "L", "a@x", "b@x", "--dry-run", "--json"}),
+        json::parse(R"({"version":1,"list":"L","dryRun":true,"removed":2,"duplicate":0,"missing":0,"passedOver":[],)"
+                    R"("addresses":3})"));
     EXPECT_THAT(list({"import", "L", "-", "--replace", "--dry-run"}, 0, "new@x\n"),
                 EndsWith("address list \"L\" would hold 1 in place of 5\ndry run: nothing was written\n"));
     list({"import", "New", "-", "--create", "--dry-run"}, 0, "new@x\n");
@@ -287,8 +290,9 @@ TEST_F(ListCommandTest, ImportReportsAsJson) {
     json report = listJson({"import", "L", "-", "--json"}, 1, "a@x\n\nnew@x\n\x1b[2J\n");
     EXPECT_GE(report["seconds"].get<double>(), 0);
     report.erase("seconds");
-    EXPECT_EQ(report, json::parse(R"({"list":"L","file":"-","dryRun":false,"accepted":1,"duplicate":1,"invalid":1,)"
-                                  R"("firstInvalid":[{"line":4,"address":"\u001b[2J"}],"before":5,"addresses":6})"));
+    EXPECT_EQ(report,
+              json::parse(R"({"version":1,"list":"L","file":"-","dryRun":false,"accepted":1,"duplicate":1,"invalid":1,)"
+                          R"("firstInvalid":[{"line":4,"address":"\u001b[2J"}],"before":5,"addresses":6})"));
 }
 
 TEST_F(ListCommandTest, ImportReplacesWhenAsked) {

@@ -149,13 +149,14 @@ TEST_F(ManualTest, TheExamplePolicyIsTakenAndGivenBackAndDecidesOnTheEnvelopes) 
     EXPECT_EQ(apply(dump()), "nothing to change\n");
     for (const char* key : {"lists:", "classifications:", "exclusiveFilters:", "actions:", "inactive:", "outcomes:"})
         EXPECT_THAT(examples[0], testing::HasSubstr(key));
-    EXPECT_EQ(run({"match", "--json", "--envelopes", "-"}, examples[1]).out,
-              R"x({"sender":"ann@partner.example","matches":[{"rule":"\\Sales","receivers":["bob@sales.example.com",)x"
-              R"x("sue@sales.example.com"],"tasks":["\\Sales\\footer"]}],"unmatched":[]})x"
-              "\n"
-              R"x({"sender":"","matches":[{"rule":"\\","receivers":["postmaster@example.com"],"tasks":["\\scan"]}],)x"
-              R"x("unmatched":[]})x"
-              "\n");
+    EXPECT_EQ(
+        run({"match", "--json", "--envelopes", "-"}, examples[1]).out,
+        R"x({"version":1,"sender":"ann@partner.example","matches":[{"rule":"\\Sales","receivers":["bob@sales.example.com",)x"
+        R"x("sue@sales.example.com"],"tasks":["\\Sales\\footer"]}],"unmatched":[]})x"
+        "\n"
+        R"x({"version":1,"sender":"","matches":[{"rule":"\\","receivers":["postmaster@example.com"],"tasks":["\\scan"]}],)x"
+        R"x("unmatched":[]})x"
+        "\n");
     const Outcome tested = run({"test", "-", "--min-coverage", "100"}, examples[2]);
     EXPECT_EQ(tested.status, 0) << tested.out << tested.err;
 }

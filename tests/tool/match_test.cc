@@ -46,12 +46,13 @@ protected:
 }  // namespace
 
 TEST_F(MatchTest, JsonHasTheDocumentedShape) {
-    EXPECT_EQ(json({"--sender", "a@b.c", "--receiver", "bob@sales.example", "x@other.example", "nobody@else.test",
-                    "ann@sales.example"}),
-              R"({"sender":"a@b.c","matches":[{"rule":"\\Wide","receivers":["bob@sales.example","ann@sales.example"],)"
-              R"("tasks":["\\scan","\\Wide\\foot","\\Wide\\last"]},{"rule":"\\","receivers":["x@other.example"],)"
-              R"("tasks":["\\scan","\\spam","\\foot"]}],"unmatched":["nobody@else.test"]})"
-              "\n");
+    EXPECT_EQ(
+        json({"--sender", "a@b.c", "--receiver", "bob@sales.example", "x@other.example", "nobody@else.test",
+              "ann@sales.example"}),
+        R"({"version":1,"sender":"a@b.c","matches":[{"rule":"\\Wide","receivers":["bob@sales.example","ann@sales.example"],)"
+        R"("tasks":["\\scan","\\Wide\\foot","\\Wide\\last"]},{"rule":"\\","receivers":["x@other.example"],)"
+        R"("tasks":["\\scan","\\spam","\\foot"]}],"unmatched":["nobody@else.test"]})"
+        "\n");
 }
 
 TEST_F(MatchTest, TheBestMatchAndItsOptionsDecideOtherwise) {
@@ -83,7 +84,7 @@ TEST_F(MatchTest, ThePriorityDecidesWhichSideCounts) {
 TEST_F(MatchTest, TheNullSenderIsTheEmptyText) {
     for (const char* sender : {"<>", ""})
         EXPECT_THAT(json({"--sender", sender, "--receiver", "x@other.example"}),
-                    HasSubstr("{\"sender\":\"\",\"matches\":[{"));
+                    HasSubstr("{\"version\":1,\"sender\":\"\",\"matches\":[{"));
 }
 
 TEST_F(MatchTest, TextNamesReceiversTasksAndWhoIsLeft) {
@@ -140,10 +141,10 @@ TEST_F(MatchTest, EnvelopesAsJsonAreOneObjectALine) {
     const Outcome outcome =
         run({"match", "--format", "json", "--envelopes", "-"}, "<>\tx@sales.example\na@b.c\tz@else.test\n");
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_EQ(outcome.out, R"({"sender":"","matches":[{"rule":"\\Wide","receivers":["x@sales.example"],)"
+    EXPECT_EQ(outcome.out, R"({"version":1,"sender":"","matches":[{"rule":"\\Wide","receivers":["x@sales.example"],)"
                            R"("tasks":["\\scan","\\Wide\\foot","\\Wide\\last"]}],"unmatched":[]})"
                            "\n"
-                           R"({"sender":"a@b.c","matches":[],"unmatched":["z@else.test"]})"
+                           R"({"version":1,"sender":"a@b.c","matches":[],"unmatched":["z@else.test"]})"
                            "\n");
 }
 

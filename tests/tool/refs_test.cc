@@ -90,7 +90,7 @@ TEST_F(RefsTest, TellsTheRulesOfAClassificationAndTheirOutcomes) {
 TEST_F(RefsTest, ReportsAsJson) {
     applyAny(kReferring);
     const std::string expected =
-        R"x({"entity":"list","name":"Staff","exists":true,"checker":"\\A\\B\\C","rules":[)x"
+        R"x({"version":1,"entity":"list","name":"Staff","exists":true,"checker":"\\A\\B\\C","rules":[)x"
         R"x({"rule":"\\A\\B\\C","places":[{"condition":1,"side":"sender","text":"(Staff)","found":true}]},)x"
         R"x({"rule":"\\A","places":[{"condition":2,"side":"sender","text":"(staff)","found":false},)x"
         R"x({"condition":2,"side":"receiver","text":"(Staff)","found":true}]},)x"
@@ -99,12 +99,12 @@ TEST_F(RefsTest, ReportsAsJson) {
     EXPECT_EQ(refs({"list", "Staff", "--format", "json"}), expected);
     EXPECT_EQ(refs({"list", "Staff", "--json"}), expected);
     EXPECT_EQ(refs({"classification", "Infected", "--json"}),
-              R"x({"entity":"classification","name":"Infected","exists":true,"checker":"\\A","rules":[)x"
+              R"x({"version":1,"entity":"classification","name":"Infected","exists":true,"checker":"\\A","rules":[)x"
               R"x({"rule":"\\A","places":[{"task":"\\A\\u","outcome":"p","text":"infected","found":false}]},)x"
               R"x({"rule":"\\","places":[{"task":"\\scan","outcome":"bad","text":"Infected","found":true}]}]})x"
               "\n");
     EXPECT_EQ(refs({"list", "Nosuch", "--json"}, 1),
-              R"x({"entity":"list","name":"Nosuch","exists":false,"checker":null,"rules":[]})x"
+              R"x({"version":1,"entity":"list","name":"Nosuch","exists":false,"checker":null,"rules":[]})x"
               "\n");
 }
 

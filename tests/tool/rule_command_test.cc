@@ -92,11 +92,13 @@ TEST_F(RuleCommandTest, OneRuleIsShownWithItsPlaceAndTheRulesBelowIt) {
 }
 
 TEST_F(RuleCommandTest, ARuleThatIsNotThereIsNotShown) {
-    for (const char* path : {"\\Sale", "\\sales", "\\Sales\\North\\X", "\\\\Sales"})
+    for (const char* path : {"\\Sale", "\\sales", "\\Sales\\North\\X"})
         for (const std::vector<std::string>& command : {std::vector<std::string>{"rule", "show", path}, {"tree", path}})
             EXPECT_THAT(refuse(command), AllOf(HasSubstr("there is no rule "), HasSubstr("ZXPOL_E_NOT_FOUND (0x8102")));
     for (const char* path : {"", "Sales", "/Sales"})
         EXPECT_THAT(refuse({"tree", path}, 2), HasSubstr("does not begin with a backslash"));
+    for (const char* path : {"\\\\Sales", "\\\\", "\\Sales\\\\"})
+        EXPECT_THAT(refuse({"rule", "show", path}, 2), HasSubstr("has an empty name in it")) << path;
 }
 
 TEST_F(RuleCommandTest, HostileTextsSteerNoTerminal) {
@@ -147,6 +149,8 @@ TEST_F(RuleCommandTest, ARuleIsAddedAtTheEndUnlessAPositionIsGiven) {
 }
 
 TEST_F(RuleCommandTest, ANameThatIsTakenOrNoneIsRefused) {
+    for (const char* path : {"\\\\New", "\\Sales\\\\New", "\\New\\\\"})
+        EXPECT_THAT(refuse({"rule", "add", path}, 2), HasSubstr("has an empty name in it")) << path;
     EXPECT_THAT(refuse({"rule", "add", "\\Sales"}), HasSubstr("ZXPOL_E_ALREADY_EXISTS (0x81021805)"));
     EXPECT_THAT(refuse({"rule", "add", "\\sALES"}), HasSubstr("there is \"Sales\""));
     EXPECT_THAT(refuse({"rule", "add", "\\None\\X"}), HasSubstr("there is no rule \\None: ZXPOL_E_NOT_FOUND"));
@@ -176,9 +180,29 @@ TEST_F(RuleCommandTest, ConditionsAreAddedAndRemoved) {
     EXPECT_TRUE(holds(policyWith("[{sender: \"*@labs.example\", receiver: \"*\"}]",
                                  "[{sender: a@labs.example, receiver: b@x}, {sender: (Partners), receiver: "
                                  "\"*\"}]")));
-    EXPECT_EQ(change({"rule", "set", "\\Labs", "--add-condition", "(partners),*"}), "nothing to change\n");
+    EXPECT_EQ(change({"rule", "set", "\\Labs", "--add-condition", "A@Labs.example,B@X"}), "nothing to change\n");
+    EXPECT_EQ(change({"rule", "set", "\\Labs", "--add-condition", "(Partners),*"}), "nothing to change\n");
     EXPECT_THAT(refuse({"rule", "set", "\\Labs", "--remove-condition", "*,*"}),
                 AllOf(HasSubstr("there is no condition \"*,*\" of rule \\Labs"), HasSubstr("ZXPOL_E_NOT_FOUND")));
+}
+
+TEST_F(RuleCommandTest, LetterCaseTellsTheListsOfConditionsApart) {
+    EXPECT_THAT(refuse({"rule", "set", "\\Sales", "--remove-condition", "(partners),*@sales.example"}),
+                HasSubstr("there is no condition"));
+    const std::string other = "(partners),*@sales.example";
+    EXPECT_THAT(refuse({"rule", "set", "\\Sales", "--add-condition", other}), HasSubstr("in another letter case"));
+    EXPECT_EQ(change({"rule", "set", "\\Sales", "--add-condition", other, "--allow-dangling"}),
+              "changed rule \\Sales (conditions: added 1)\n");
+    change({"rule", "set", "\\Sales", "--remove-condition", other});
+    EXPECT_TRUE(holds(policy()));
+}
+
+TEST_F(RuleCommandTest, TheConditionInTheSpellingThatIsAskedForGoes) {
+    const std::string both =
+        "[{sender: \"*@labs.example\", receiver: \"*\"}, {sender: \"*@LABS.example\", receiver: \"*\"}]";
+    apply(policyWith("[{sender: \"*@labs.example\", receiver: \"*\"}]", both));
+    change({"rule", "set", "\\Labs", "--remove-condition", "*@LABS.example,*"});
+    EXPECT_TRUE(holds(policy()));
 }
 
 TEST_F(RuleCommandTest, ConditionsThatAreNoneAreRefused) {
@@ -247,9 +271,11 @@ TEST_F(RuleCommandTest, InactiveMarksComeAndGo) {
     EXPECT_EQ(change({"rule", "set", "\\Labs", "--inactivate", "\\scan", "--inactivate", "\\spam\\"}),
               "changed rule \\Labs (inactive: added 2)\n");
     EXPECT_EQ(change({"rule", "set", "\\Labs", "--inactivate", "\\scan"}), "nothing to change\n");
-    EXPECT_EQ(change({"rule", "set", "\\Labs", "--activate", "\\SCAN\\", "--activate", "\\nothing"}),
+    EXPECT_EQ(change({"rule", "set", "\\Labs", "--activate", "\\SCAN\\"}),
               "changed rule \\Labs (inactive: removed 1)\n");
     EXPECT_TRUE(holds(policyWith("      comment: c\n", "      comment: c\n      inactive: [\"\\\\spam\"]\n")));
+    EXPECT_THAT(refuse({"rule", "set", "\\Labs", "--activate", "\\scan"}),
+                HasSubstr("there is no inactive mark \"\\\\scan\" of rule \\Labs: ZXPOL_E_NOT_FOUND"));
     EXPECT_THAT(refuse({"rule", "set", "\\Labs", "--inactivate", "\\scam"}),
                 HasSubstr("there is no task \\scam: ZXPOL_E_NOT_FOUND"));
     EXPECT_THAT(refuse({"rule", "set", "\\Labs", "--inactivate", "scan"}, 2), HasSubstr("backslash"));

@@ -23,7 +23,7 @@ protected:
         _ZxPolMatchStep step{};
         step.kind = kind;
         fill(step);
-        StepRecorder::observe(&_recorder, &step);
+        StepRecorder::observe(_recorder.context(), &step);
     }
     void tell(ZxPolMatchStepKind kind, const char* rulePath = nullptr, int result = ZXPOL_S_OK) {
         tell(kind, [&](_ZxPolMatchStep& step) {
@@ -150,7 +150,7 @@ TEST_F(StepRecorderTest, NothingIsThrownThroughTheLibrary) {
     _ZxPolMatchStep step{};
     step.kind = ZXPOL_STEP_RECEIVER;  // without a receiver
     EXPECT_NO_THROW(recorder.rethrow());
-    EXPECT_NO_THROW(StepRecorder::observe(&recorder, &step));
+    EXPECT_NO_THROW(StepRecorder::observe(recorder.context(), &step));
     EXPECT_THROW(recorder.rethrow(), std::logic_error);
 }
 

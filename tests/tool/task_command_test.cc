@@ -86,6 +86,9 @@ TEST_F(TaskCommandTest, OutcomesAreSetAndRemoved) {
     EXPECT_TRUE(holds(policyWith("{infected: Infected, old: Old}", "{infected: Odd, new: a=b}")));
     EXPECT_THAT(refuse({"task", "set", "\\scan", "--remove-outcome", "old"}),
                 AllOf(HasSubstr("there is no outcome \"old\" of task \\scan"), HasSubstr("ZXPOL_E_NOT_FOUND")));
+    EXPECT_THAT(refuse({"task", "set", "\\scan", "--outcome", "INFECTED=Odd"}),
+                AllOf(HasSubstr("cannot create outcome \"INFECTED\" of task \\scan: there is \"infected\""),
+                      HasSubstr("ZXPOL_E_ALREADY_EXISTS")));
     for (const char* outcome : {"x", "=x", "x=", "a\\b=x"})
         EXPECT_THAT(refuse({"task", "set", "\\scan", "--outcome", outcome}, 2), HasSubstr("outcome")) << outcome;
 }
@@ -112,7 +115,11 @@ TEST_F(TaskCommandTest, SettingsThatNoFileCouldSayAreRefused) {
           std::string("a=[x"), std::string("a\\\\b=1"), std::string("\\a=1"), std::string("a=[[x]]"), deep + "=1",
           std::string(256, 'x') + "=1", std::string("a=\xff"), std::string("a={b: 1, B: 2}")})
         EXPECT_THAT(refuse({"task", "set", "\\scan", "--setting", setting}, 2), HasSubstr("setting")) << setting;
-    EXPECT_THAT(refuse({"task", "set", "\\scan", "--setting", "LEVEL=3"}), HasSubstr("letter case"));
+    for (const char* setting : {"LEVEL=3", "SUB\\new=1", "sub\\X=1"})
+        EXPECT_THAT(refuse({"task", "set", "\\scan", "--setting", setting}),
+                    AllOf(HasSubstr("cannot create setting"), HasSubstr("ZXPOL_E_ALREADY_EXISTS")))
+            << setting;
+    change({"task", "set", "\\scan", "--remove-setting", "level", "--setting", "LEVEL=2"});
 }
 
 TEST_F(TaskCommandTest, ATaskMovesAmongThoseOfItsRule) {

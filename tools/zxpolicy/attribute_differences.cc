@@ -1,6 +1,8 @@
 #include "attribute_differences.h"
 
 #include "change_log.h"
+#include "policy_check.h"
+#include "text.h"
 
 namespace tool {
 
@@ -64,6 +66,25 @@ Details attributeDifferences(const AddressList& before, const AddressList& after
     const auto* directory = std::get_if<DirectoryList>(&before);
     const auto* other = std::get_if<DirectoryList>(&after);
     if (directory != nullptr && other != nullptr) compareRest(details, *directory, *other);
+    return details;
+}
+
+Details attributeDifferences(FilterPriority before, FilterPriority after) {
+    if (before == after) return {};
+    return {std::string("priority: ") + priorityWord(before) + " -> " + priorityWord(after)};
+}
+
+Details outcomeDifferences(const Task& before, const Task& after) {
+    Details details;
+    for (const auto& [name, outcome] : before.outcomes)
+        if (after.outcomes.count(name) == 0) details.push_back("deleted outcome " + inQuotes(name, kMaxName));
+    for (const auto& [name, outcome] : after.outcomes) {
+        const auto found = before.outcomes.find(name);
+        const bool isNew = found == before.outcomes.end();
+        if (!isNew && found->second == outcome) continue;
+        details.push_back("outcome " + inQuotes(name, kMaxName) + ": " +
+                          (isNew ? inQuotes(outcome.text) : differenceText(found->second.text, outcome.text)));
+    }
     return details;
 }
 

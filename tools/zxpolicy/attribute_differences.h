@@ -16,6 +16,11 @@ std::vector<std::string> attributeDifferences(const Action& before, const Action
 // The kind as well; not the password.
 std::vector<std::string> attributeDifferences(const AddressList& before, const AddressList& after);
 
+std::vector<std::string> attributeDifferences(FilterPriority before, FilterPriority after);
+
+// What differs in the outcomes of a task.
+std::vector<std::string> outcomeDifferences(const Task& before, const Task& after);
+
 const char* priorityWord(FilterPriority priority);
 
 }  // namespace tool

@@ -20,7 +20,25 @@ std::string line(const Change& change) {
     return change.details.empty() ? text : text + ")";
 }
 
+// Where two different texts begin to differ, at the beginning of a character.
+size_t firstDifference(const std::string& before, const std::string& after) {
+    const auto isContinued = [](char c) { return (static_cast<unsigned char>(c) & 0xc0) == 0x80; };
+    const auto place = std::mismatch(before.begin(), before.end(), after.begin(), after.end()).first;
+    auto at = static_cast<size_t>(place - before.begin());
+    while (at > 0 && (isContinued(before[at]) || isContinued(after[at])))
+        --at;
+    return at;
+}
+
 }  // namespace
+
+std::string differenceText(const std::string& before, const std::string& after) {
+    constexpr size_t kShown = 60;
+    const size_t begin = firstDifference(before, after);
+    const std::string lead = begin < kShown ? "" : "...";
+    const size_t from = begin < kShown ? 0 : begin;
+    return inQuotes(lead + before.substr(from), kShown) + " -> " + inQuotes(lead + after.substr(from), kShown);
+}
 
 const char* kindName(Change::Kind kind) {
     switch (kind) {
@@ -68,7 +86,7 @@ std::string ChangeLog::numbers() const {
 }
 
 void ChangeLog::printJson(std::ostream& out, bool isDryRun) const {
-    Json document = Json::object({{"dryRun", isDryRun}});
+    Json document = Json::report({{"dryRun", isDryRun}});
     addTo(document);
     out << document.line();
 }
@@ -87,7 +105,7 @@ void ChangeLog::addTo(Json& document) const {
 
 void compare(std::vector<std::string>& details, const char* label, const std::string& before,
              const std::string& after) {
-    if (before != after) details.push_back(std::string(label) + ": " + inQuotes(before) + " -> " + inQuotes(after));
+    if (before != after) details.push_back(std::string(label) + ": " + differenceText(before, after));
 }
 
 void compare(std::vector<std::string>& details, const char* label, uint32_t before, uint32_t after) {

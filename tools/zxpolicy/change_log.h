@@ -47,6 +47,9 @@ private:
 // "created", "changed", "moved" or "deleted"
 const char* kindName(Change::Kind kind);
 
+// "before" -> "after": what of two different texts shows the difference, from its place on where they are long.
+std::string differenceText(const std::string& before, const std::string& after);
+
 // Adds "LABEL: before -> after" to the details when the two differ.
 void compare(std::vector<std::string>& details, const char* label, const std::string& before, const std::string& after);
 void compare(std::vector<std::string>& details, const char* label, uint32_t before, uint32_t after);

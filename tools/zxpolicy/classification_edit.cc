@@ -1,4 +1,5 @@
 // The commands that change classifications and actions.
+#include <algorithm>
 #include <tuple>
 
 #include "classification_commands.h"

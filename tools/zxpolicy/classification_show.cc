@@ -22,7 +22,7 @@ void showAll(const Policy& policy, OutputFormat format, std::ostream& out) {
                    oneLine(classification.displayName)});
     }
     if (format == OutputFormat::Json)
-        out << versioned("classifications", all).line();
+        out << Json::report({{"classifications", all}}).line();
     else if (policy.classifications.empty())
         out << "there are no classifications\n";
     else
@@ -31,7 +31,7 @@ void showAll(const Policy& policy, OutputFormat format, std::ostream& out) {
 
 void showOne(const Classification& classification, OutputFormat format, std::ostream& out) {
     if (format == OutputFormat::Json) {
-        out << versioned("classification", jsonOf(classification)).line();
+        out << Json::report({{"classification", jsonOf(classification)}}).line();
         return;
     }
     out << classificationText(classification.name) << '\n';
@@ -43,7 +43,7 @@ void showAction(const Classification& classification, const Action& action, Outp
     const Position position{index + 1, static_cast<uint32_t>(classification.actions.size())};
     if (format == OutputFormat::Json) {
         Json json = jsonOf(action).add("classification", classification.name).add("position", position.number);
-        out << versioned("action", json).line();
+        out << Json::report({{"action", json}}).line();
         return;
     }
     out << actionText(classification.name, action.name) << '\n';

@@ -4,9 +4,9 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdint>
-#include <map>
 #include <string>
 
+#include "match_words.h"
 #include "matcher.h"
 #include "output_format.h"
 #include "text.h"
@@ -15,16 +15,7 @@ namespace tool {
 
 inline constexpr const char* kDryRunHelp = "Say what would change, and change nothing";
 
-// The words that an option takes.
-template <class Value>
-using Words = std::map<std::string, Value>;
-
 inline const Words<OutputFormat> kFormats{{"text", OutputFormat::Text}, {"json", OutputFormat::Json}};
-inline const Words<ZxPolMatchWeightType> kWeights{{"domain", ZXPOL_WEIGHT_DOMAIN_FIRST},
-                                                  {"name", ZXPOL_WEIGHT_NAME_FIRST}};
-inline const Words<ZxPolMatchPriorityType> kPriorities{{"total", ZXPOL_PRIORITY_TOTAL},
-                                                       {"sender", ZXPOL_PRIORITY_SENDER_FIRST},
-                                                       {"receiver", ZXPOL_PRIORITY_RECEIVER_FIRST}};
 
 // Adds an option that takes one of the words, which must outlive the command.
 template <class Value>

@@ -6,22 +6,21 @@
 #include <string>
 #include <vector>
 
-#include "zxpolicy_explain.h"
+#include "step_observer.h"
 
 namespace tool {
 
 // Watches a match.
-class ConditionWatch {
+class ConditionWatch final : public StepObserver {
 public:
     explicit ConditionWatch(size_t receivers) : _conditions(receivers) {}
-
-    // Is told the steps of the match; `watch` is the object.
-    static void see(void* watch, const _ZxPolMatchStep* step);
 
     // The position of the condition that decided for the receiver at this index, when a rule took it.
     uint32_t conditionOf(size_t receiver) const { return _conditions[receiver]; }
 
 private:
+    void record(const _ZxPolMatchStep& step) override;
+
     std::map<std::string, uint32_t> _matched;  // by the rules that matched last; the one that decides is among them
     std::vector<uint32_t> _conditions;
 };

@@ -113,8 +113,7 @@ Json DecisionChanges::json() const {
                                  {"mails", group.mails},
                                  {"samples", samples}}));
     }
-    return Json::object({{"version", 1u},
-                         {"mails", _mails},
+    return Json::report({{"mails", _mails},
                          {"receivers", _receivers},
                          {"changedMails", _changedMails},
                          {"changedReceivers", _changedReceivers},

@@ -55,7 +55,7 @@ void printJson(std::ostream& out, const DiffOptions& options, const PolicyDiff& 
                                 {"removedSamples", list.removed.first}}));
     Json json = Json::object({{"before", options.before}, {"after", options.after}, {"same", diff.changes.isEmpty()}});
     diff.changes.addTo(json);
-    out << versioned("diff", json.add("lists", lists)).line();
+    out << Json::report({{"diff", json.add("lists", lists)}}).line();
 }
 
 }  // namespace

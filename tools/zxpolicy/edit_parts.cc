@@ -1,5 +1,8 @@
 #include "edit_parts.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "setting_reader.h"
 #include "yaml_fields.h"
 
@@ -47,16 +50,27 @@ bool removeBelow(Setting& setting, const std::string& path) {
     return true;
 }
 
-// Sets one item, and all below it when its value is a map.
-void setItem(Setting& setting, const std::string& path, const std::string& value) {
+std::string settingName(const std::string& path, const std::string& what) {
+    return "setting " + inQuotes(path, kMaxName) + " of " + what;
+}
+
+// The items that the value makes at the path, with the keys above it.
+Setting madeOf(const std::string& path, const std::string& value) {
     const YamlSource source("--setting");
     try {
-        const Setting made = readSetting(YamlReader(source), nodeOf(path, valueOf(source, value)));
-        removeBelow(setting, path);
-        for (const auto& [name, item] : made)
-            setting[name] = item;
+        return readSetting(YamlReader(source), nodeOf(path, valueOf(source, value)));
     } catch (const PolicyError& fault) {
         throw UsageError(fault.what());
+    }
+}
+
+// Sets one item, and all below it when its value is a map.
+void setItem(Setting& setting, const std::string& path, const std::string& value, const std::string& what) {
+    const Setting made = madeOf(path, value);
+    removeBelow(setting, path);
+    for (const auto& [name, item] : made) {
+        requireNoNamesake(setting, name, settingName(name, what));
+        setting[name] = item;
     }
 }
 
@@ -74,12 +88,17 @@ std::pair<std::string, std::string> splitAssignment(const std::string& text, con
     return {text.substr(0, sign), text.substr(sign + 1)};
 }
 
+void failForNamesake(const std::string& what, const std::string& other) {
+    throw PolicyError("cannot create " + what + ": there is " + inQuotes(other, kMaxName) + ": " +
+                      codeText(ZXPOL_E_ALREADY_EXISTS) + ": letter case does not tell names apart");
+}
+
 void editSetting(Setting& setting, const SettingEdit& edit, const std::string& what) {
     for (const std::string& path : edit.removed)
-        if (!removeBelow(setting, path)) failForMissing("setting " + inQuotes(path, kMaxName) + " of " + what);
+        if (!removeBelow(setting, path)) failForMissing(settingName(path, what));
     for (const std::string& text : edit.set) {
         const auto [path, value] = splitAssignment(text, "the setting");
-        setItem(setting, path, value);
+        setItem(setting, path, value, what);
     }
 }
 
@@ -87,9 +106,12 @@ bool isMarkFor(const InactiveMark& mark, const std::string& task) {
     return markKey(mark.task) == markKey(task);
 }
 
-void removeMark(Rule& rule, const std::string& task) {
+bool removeMark(Rule& rule, const std::string& task) {
     const auto isSame = [&](const InactiveMark& mark) { return isMarkFor(mark, task); };
-    rule.inactive.erase(std::remove_if(rule.inactive.begin(), rule.inactive.end(), isSame), rule.inactive.end());
+    const auto others = std::remove_if(rule.inactive.begin(), rule.inactive.end(), isSame);
+    if (others == rule.inactive.end()) return false;
+    rule.inactive.erase(others, rule.inactive.end());
+    return true;
 }
 
 }  // namespace tool

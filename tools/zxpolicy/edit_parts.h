@@ -1,6 +1,7 @@
 // What changes of rules, tasks, classifications and actions have in common.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -37,9 +38,20 @@ std::pair<std::string, std::string> splitAssignment(const std::string& text, con
 // Throws a PolicyError for a setting to be removed that is not there, a UsageError for one that no file could say.
 void editSetting(Setting& setting, const SettingEdit& edit, const std::string& what);
 
+// Throws a PolicyError for something new, which `what` names, beside something of the same name.
+[[noreturn]] void failForNamesake(const std::string& what, const std::string& other);
+
+// Fails for a key that one of the map differs from in nothing but letter case.
+template <class Map>
+void requireNoNamesake(const Map& items, const std::string& key, const std::string& what) {
+    for (const auto& [other, value] : items)
+        if (other != key && lowerCase(other) == lowerCase(key)) failForNamesake(what, other);
+}
+
 // Whether an inactive mark is for the task of this full name.
 bool isMarkFor(const InactiveMark& mark, const std::string& task);
-void removeMark(Rule& rule, const std::string& task);
+// False when the rule has no such mark.
+bool removeMark(Rule& rule, const std::string& task);
 
 // The options with their path as the policy has it. Throws a UsageError.
 template <class Options>
@@ -68,9 +80,7 @@ void addNamed(std::vector<Item>& items, Item item, std::optional<uint32_t> posit
     const std::string fault = nameFault(item.name);
     if (!fault.empty()) throw UsageError("the name of " + what + " " + fault);
     for (const Item& other : items)
-        if (lowerCase(other.name) == lowerCase(item.name))
-            throw PolicyError("cannot create " + what + ": there is " + inQuotes(other.name, kMaxName) + ": " +
-                              codeText(ZXPOL_E_ALREADY_EXISTS) + ": letter case does not tell names apart");
+        if (lowerCase(other.name) == lowerCase(item.name)) failForNamesake(what, other.name);
     insertAt(items, std::move(item), position);
 }
 

@@ -33,8 +33,8 @@ public:
         receivers.push_back(nullptr);
         StepRecorder recorder(explanation);
         zxpol_explainMatch(_rules.get(), _lists.get(), explanation.options.isBest ? 1 : 0,
-                           explanation.envelope.sender.c_str(), receivers.data(), &StepRecorder::observe, &recorder,
-                           &_pairs, &_count, &explanation.result);
+                           explanation.envelope.sender.c_str(), receivers.data(), &StepRecorder::observe,
+                           recorder.context(), &_pairs, &_count, &explanation.result);
         recorder.rethrow();
         if (ZX_SUCCESS(explanation.result)) takeAnswer(explanation, receivers);
     }

@@ -5,6 +5,7 @@
 #include "explanation_report.h"
 #include "json.h"
 #include "match_report.h"
+#include "match_words.h"
 #include "result_names.h"
 
 namespace tool {
@@ -45,11 +46,6 @@ const char* nameOf(RuleVisit::Kind kind) {
             break;
     }
     return "unknownChildren";
-}
-
-const char* nameOf(ZxPolMatchPriorityType priority) {
-    return priority == ZXPOL_PRIORITY_SENDER_FIRST ? "sender"
-                                                   : (priority == ZXPOL_PRIORITY_RECEIVER_FIRST ? "receiver" : "total");
 }
 
 Json optionalJson(const std::optional<std::string>& text) {
@@ -129,15 +125,15 @@ void printJson(std::ostream& out, const Explanation& explanation) {
     for (const Collection& collection : explanation.collections)
         collections.add(collectionJson(collection));
     const MatchOptions& options = explanation.options;
-    Json json = Json::object({{"version", uint32_t{1}},
-                              {"sender", explanation.envelope.sender},
-                              {"mode", options.isBest ? "best" : "first"},
-                              {"priority", options.isBest ? Json(nameOf(options.priority)) : Json::null()},
-                              {"weight", options.weight == ZXPOL_WEIGHT_NAME_FIRST ? "name" : "domain"},
-                              {"restarts", explanation.restarts},
-                              {"unreadFilters", failureJson(explanation.unreadFilters)},
-                              {"receivers", receivers},
-                              {"collections", collections}});
+    Json json =
+        Json::report({{"sender", explanation.envelope.sender},
+                      {"mode", options.isBest ? "best" : "first"},
+                      {"priority", options.isBest ? Json(wordFor(kPriorities, options.priority)) : Json::null()},
+                      {"weight", wordFor(kWeights, options.weight)},
+                      {"restarts", explanation.restarts},
+                      {"unreadFilters", failureJson(explanation.unreadFilters)},
+                      {"receivers", receivers},
+                      {"collections", collections}});
     addDecision(json, explanation.decision);
     out << json.add("failure", failureJson(explanation.result)).line();
 }

@@ -23,9 +23,8 @@ void applyExclusiveFilters(ApplyContext& context, const RuleHiveHandle& hive, co
         if (isNew)
             context.changes.add(Change::Kind::Created, "exclusive filter", std::to_string(filter));
         else
-            context.changes.add(
-                Change::Kind::Changed, "exclusive filter", std::to_string(filter),
-                {std::string("priority: ") + priorityWord(found->second) + " -> " + priorityWord(priority)});
+            context.changes.add(Change::Kind::Changed, "exclusive filter", std::to_string(filter),
+                                attributeDifferences(found->second, priority));
     }
 }
 

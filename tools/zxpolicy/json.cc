@@ -11,6 +11,8 @@ using Document = nlohmann::ordered_json;
 
 namespace {
 
+constexpr uint32_t kReportVersion = 1;
+
 // Writes as \uHHHH what a document may hold as it is, but a terminal or a reader of lines should not get. All of that
 // stands inside strings, and below U+10000.
 std::string withEscapes(const std::string& document) {
@@ -62,6 +64,13 @@ Json::~Json() = default;
 
 Json Json::object(std::initializer_list<Member> members) {
     Json made(Document::object());
+    for (const Member& member : members)
+        made.add(member.first, member.second);
+    return made;
+}
+
+Json Json::report(std::initializer_list<Member> members) {
+    Json made = object({{"version", kReportVersion}});
     for (const Member& member : members)
         made.add(member.first, member.second);
     return made;

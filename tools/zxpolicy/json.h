@@ -30,6 +30,8 @@ public:
     ~Json();
 
     static Json object(std::initializer_list<Member> members);
+    // What a command reports: an object that begins with the version of the form, which all of them share.
+    static Json report(std::initializer_list<Member> members);
     static Json null();
     static Json array();
 

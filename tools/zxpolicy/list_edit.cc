@@ -88,7 +88,7 @@ void print(std::ostream& out, const ListEditOptions& options, const EditResult& 
         Json leftOver = Json::array();
         for (const PassedOver& entry : edit.leftOver)
             leftOver.add(entry.address);
-        out << Json::object({{"list", options.name},
+        out << Json::report({{"list", options.name},
                              {"dryRun", options.isDryRun},
                              {words.done, edit.done},
                              {words.present, edit.present},

@@ -132,7 +132,7 @@ void printJson(std::ostream& out, const ListImportOptions& options, const Import
     Json first = Json::array();
     for (const PassedOver& entry : import.firstInvalid)
         first.add(Json::object({{"line", entry.line}, {"address", entry.address}}));
-    out << Json::object({{"list", options.name},
+    out << Json::report({{"list", options.name},
                          {"file", options.file},
                          {"dryRun", options.isDryRun},
                          {"accepted", import.accepted},

@@ -44,7 +44,7 @@ const char* kindOf(const ListSummary& summary) {
 
 Json jsonOf(const ListSummary& summary) {
     Json json = Json::object({{"name", summary.name}, {"type", kindOf(summary)}});
-    if (summary.count) json.add("addresses", *summary.count);
+    json.add("addresses", summary.count ? Json(*summary.count) : Json::null());
     return json.add("displayName", summary.attr.displayName).add("comment", summary.attr.comment);
 }
 
@@ -93,7 +93,7 @@ ExitStatus runListOverview(const ListOverviewOptions& options, std::ostream& out
                    oneLine(summary.attr.displayName)});
     }
     if (options.format == OutputFormat::Json)
-        out << Json::object({{"lists", lists}}).line();
+        out << Json::report({{"lists", lists}}).line();
     else if (names.empty())
         out << "there are no address lists\n";
     else
@@ -107,7 +107,7 @@ ExitStatus runListShow(const ListShowOptions& options, std::ostream& out) {
     const std::vector<std::string> addresses = addressesOf(*list, options.name, options.order);
     if (options.format == OutputFormat::Json) {
         const _ZxPolAddrListAttr attr = attributesOf(*list, options.name);
-        out << Json::object({{"name", options.name},
+        out << Json::report({{"name", options.name},
                              {"type", "normal"},
                              {"displayName", attr.displayName},
                              {"comment", attr.comment},
@@ -130,8 +130,8 @@ ExitStatus runListCheck(const ListCheckOptions& options, std::ostream& out) {
     require(result, "cannot check " + inQuotes(address) + " against " + listText(options.name));
     const std::string entry = isMatch ? list->findMatch(address.c_str(), options.weight) : "";
     if (options.format == OutputFormat::Json) {
-        Json json = Json::object({{"list", options.name}, {"address", address}, {"matches", isMatch}});
-        if (isMatch) json.add("entry", entry).add("weight", weight);
+        Json json = Json::report({{"list", options.name}, {"address", address}, {"matches", isMatch}});
+        json.add("entry", isMatch ? Json(entry) : Json::null()).add("weight", isMatch ? Json(weight) : Json::null());
         out << json.line();
     } else if (isMatch) {
         out << inQuotes(address, 511) << " is matched by " << inQuotes(entry, 511) << ", weight " << weight << '\n';

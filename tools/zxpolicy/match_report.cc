@@ -37,7 +37,7 @@ void addDecision(Json& json, const Decision& decision) {
 }
 
 void printJson(std::ostream& out, const Envelope& envelope, const Decision& decision) {
-    Json json = Json::object({{"sender", envelope.sender}});
+    Json json = Json::report({{"sender", envelope.sender}});
     addDecision(json, decision);
     out << json.line();
 }

@@ -73,8 +73,7 @@ Json MatchSummary::json(const RuleNode& root) const {
     });
     const auto nanoseconds = [&](double share) { return static_cast<uint64_t>(_latency.quantile(share).count()); };
     const double perMail = _mails == 0 ? 0 : static_cast<double>(_receivers) / static_cast<double>(_mails);
-    return Json::object({{"version", 1u},
-                         {"mails", _mails},
+    return Json::report({{"mails", _mails},
                          {"receivers", _receivers},
                          {"unmatched", unmatched},
                          {"rules", rules},

@@ -30,7 +30,8 @@ public:
                                         receivers.data(), &_pairs, &_count, &_result);
         else
             zxpol_explainMatch(matcher._rules.get(), matcher._lists.get(), matcher._mode, sender.c_str(),
-                               receivers.data(), &ConditionWatch::see, watch, &_pairs, &_count, &_result);
+                               receivers.data(), &ConditionWatch::observe, watch->context(), &_pairs, &_count,
+                               &_result);
         _duration = std::chrono::steady_clock::now() - begin;
     }
     ~Answer() {
@@ -92,6 +93,7 @@ Decision Matcher::decideOnce(const Envelope& envelope, std::vector<const char*>&
     std::optional<ConditionWatch> watch;
     if (_conditions == Conditions::Watched) watch.emplace(envelope.receivers.size());
     const Answer answer(*this, envelope.sender, receivers, watch ? &*watch : nullptr);
+    if (watch) watch->rethrow();
     require(answer.result(), "cannot match a mail from " + inQuotes(envelope.sender));
     Decision decision{{}, {}, answer.duration()};
     std::unordered_map<const char*, size_t> left;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <set>
 
-#include "address_apply.h"
 #include "attribute_differences.h"
+#include "list_diff.h"
 #include "order_plan.h"
 #include "policy_items.h"
 #include "text.h"
@@ -50,12 +50,6 @@ const Item& orEmpty(const Item* item) {
     return item == nullptr ? kEmpty : *item;
 }
 
-// The first few of those addresses.
-AddressSamples samplesOf(const std::vector<std::string>& addresses, size_t most) {
-    const auto end = addresses.begin() + static_cast<std::ptrdiff_t>(std::min(most, addresses.size()));
-    return {addresses.size(), {addresses.begin(), end}};
-}
-
 void compareSettings(Details& details, const Setting& before, const Setting& after) {
     for (const auto& [path, item] : before)
         if (after.count(path) == 0) details.push_back("deleted setting " + inQuotes(path, path.size()));
@@ -65,18 +59,6 @@ void compareSettings(Details& details, const Setting& before, const Setting& aft
         if (!isNew && found->second == item) continue;
         details.push_back("setting " + inQuotes(path, path.size()) + ": " +
                           (isNew ? "" : settingText(found->second) + " -> ") + settingText(item));
-    }
-}
-
-void compareOutcomes(Details& details, const Task& before, const Task& after) {
-    for (const auto& [name, outcome] : before.outcomes)
-        if (after.outcomes.count(name) == 0) details.push_back("deleted outcome " + inQuotes(name));
-    for (const auto& [name, outcome] : after.outcomes) {
-        const auto found = before.outcomes.find(name);
-        const bool isNew = found == before.outcomes.end();
-        if (!isNew && found->second == outcome) continue;
-        details.push_back("outcome " + inQuotes(name) + ": " + (isNew ? "" : inQuotes(found->second.text) + " -> ") +
-                          inQuotes(outcome.text));
     }
 }
 
@@ -99,12 +81,19 @@ Details conditionLines(const Rule& rule) {
     return lines;
 }
 
+void compareConditions(Details& details, const Rule& before, const Rule& after) {
+    const size_t others = details.size();
+    compareLines(details, "condition", conditionLines(before), conditionLines(after));
+    if (details.size() == others && before.conditions != after.conditions)
+        details.emplace_back("conditions: another order or number");
+}
+
 class PolicyComparer {
 public:
     explicit PolicyComparer(size_t samples) : _samples(samples) {}
 
     PolicyDiff run(const Policy& before, const Policy& after) {
-        compareLists(before.lists, after.lists);
+        compareLists(before.lists, after.lists, _samples, _diff);
         compareClassifications(before.classifications, after.classifications);
         compareFilters(before.exclusiveFilters, after.exclusiveFilters);
         compareRule(&before.root, after.root, "\\");
@@ -121,53 +110,6 @@ private:
     }
     void logMove(const std::string& what, const std::string& name, uint32_t position) {
         if (position != 0) log(Change::Kind::Moved, what, name, {"to position " + std::to_string(position)});
-    }
-
-    // ---- address lists
-
-    using Lists = std::map<std::string, AddressList>;
-
-    // Those of a normal list, or null where it does not say them. No other list has any, nor has one that is not there.
-    static const std::vector<std::string>* addressesOf(const AddressList* list) {
-        static const std::vector<std::string> kNoAddresses;
-        const auto* normal = list == nullptr ? nullptr : std::get_if<NormalList>(list);
-        if (normal == nullptr) return &kNoAddresses;
-        return normal->addresses ? &*normal->addresses : nullptr;
-    }
-
-    void compareAddresses(const std::string& name, const AddressList* before, const AddressList* after,
-                          Details& details) {
-        const std::vector<std::string>* old = addressesOf(before);
-        const std::vector<std::string>* now = addressesOf(after);
-        if (old == nullptr || now == nullptr) return;
-        const AddressChanges changes = addressChanges(*old, *now);
-        if (changes.added.empty() && changes.removed.empty()) return;
-        countChanges(details, "addresses", changes.added.size(), changes.removed.size());
-        _diff.lists[name] = {samplesOf(changes.added, _samples), samplesOf(changes.removed, _samples)};
-    }
-
-    static void comparePasswords(const AddressList& before, const AddressList& after, Details& details) {
-        const auto* old = std::get_if<DirectoryList>(&before);
-        const auto* now = std::get_if<DirectoryList>(&after);
-        if (old != nullptr && now != nullptr && old->password && now->password && old->password != now->password)
-            details.emplace_back("password");
-    }
-
-    void compareLists(const Lists& before, const Lists& after) {
-        for (const auto& [name, list] : before) {
-            if (after.count(name) != 0) continue;
-            Details details;
-            compareAddresses(name, &list, nullptr, details);
-            log(Change::Kind::Deleted, kListWord, name, details);
-        }
-        for (const auto& [name, list] : after) {
-            const auto found = before.find(name);
-            const bool isNew = found == before.end();
-            Details details = attributeDifferences(orEmpty(isNew ? nullptr : &found->second), list);
-            if (!isNew) comparePasswords(found->second, list, details);
-            compareAddresses(name, isNew ? nullptr : &found->second, &list, details);
-            logVersion(isNew, kListWord, name, details);
-        }
     }
 
     // ---- classifications and exclusive filters
@@ -204,10 +146,11 @@ private:
             if (after.count(filter) == 0) log(Change::Kind::Deleted, what, std::to_string(filter));
         for (const auto& [filter, priority] : after) {
             const auto found = before.find(filter);
-            Details details;
-            compare(details, "priority", found == before.end() ? "" : priorityWord(found->second),
-                    std::string(priorityWord(priority)));
-            logVersion(found == before.end(), what, std::to_string(filter), details);
+            if (found == before.end())
+                log(Change::Kind::Created, what, std::to_string(filter),
+                    {std::string("priority: ") + priorityWord(priority)});
+            else
+                logVersion(false, what, std::to_string(filter), attributeDifferences(found->second, priority));
         }
     }
 
@@ -216,9 +159,7 @@ private:
     void compareRule(const Rule* before, const Rule& after, const std::string& path) {
         const Rule& base = orEmpty(before);
         Details details = attributeDifferences(base, after);
-        compareLines(details, "condition", conditionLines(base), conditionLines(after));
-        if (details.empty() && base.conditions != after.conditions)
-            details.emplace_back("conditions: another order or number");
+        compareConditions(details, base, after);
         compareLines(details, "inactive mark", markedTasks(base), markedTasks(after));
         logVersion(before == nullptr, "rule", path, details);
         compareTasks(path, base.tasks, after.tasks);
@@ -232,7 +173,8 @@ private:
             logMove("task", name, position);
             const Task& base = orEmpty(old);
             Details details = attributeDifferences(base, *now);
-            compareOutcomes(details, base, *now);
+            for (const std::string& detail : outcomeDifferences(base, *now))
+                details.push_back(detail);
             compareSettings(details, base.setting, now->setting);
             logVersion(old == nullptr, "task", name, details);
         });

@@ -128,11 +128,6 @@ std::vector<Fact> factsOf(const Action& action, const Position& position) {
     return facts;
 }
 
-Json versioned(const char* kind, const Json& content) {
-    constexpr uint32_t kVersion = 1;
-    return Json::object({{"version", kVersion}, {kind, content}});
-}
-
 Json jsonOf(const Condition& condition) {
     return Json::object({{"sender", condition.sender}, {"receiver", condition.receiver}});
 }

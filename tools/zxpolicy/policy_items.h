@@ -25,9 +25,6 @@ std::vector<Fact> factsOf(const Task& task, const Position& position);
 std::vector<Fact> factsOf(const Classification& classification);
 std::vector<Fact> factsOf(const Action& action, const Position& position);
 
-// A document of one such object, with the version of its form.
-Json versioned(const char* kind, const Json& content);
-
 // Without what is below a rule.
 Json jsonOf(const Rule& rule, const std::string& path);
 Json jsonOf(const Task& task, const std::string& fullName);

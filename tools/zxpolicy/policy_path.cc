@@ -22,6 +22,9 @@ std::string fullPath(const std::string& text) {
     if (text.empty() || text.front() != '\\')
         throw UsageError(inQuotes(text, kMaxName) +
                          " does not begin with a backslash, as a path does; write it in quotes, such as '\\Sales'");
+    if (text.find("\\\\") != std::string::npos)
+        throw UsageError(inQuotes(text, kMaxName) +
+                         " has an empty name in it: two backslashes follow each other; in single quotes one is enough");
     return withoutLastSlash(text);
 }
 

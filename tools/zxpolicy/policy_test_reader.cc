@@ -1,9 +1,9 @@
 #include "policy_test_reader.h"
 
-#include <map>
 #include <set>
 
 #include "envelope_reader.h"
+#include "match_words.h"
 #include "policy_test_keys.h"
 #include "text.h"
 #include "tool_error.h"
@@ -20,7 +20,7 @@ constexpr const char* kNoRule = "none";
 // Reads a value that is one of a few words; leaves it as it is when absent.
 template <class Value>
 void readWord(const YamlReader& reader, const YamlFields& fields, const char* key, Value& value,
-              const std::map<std::string, Value>& words) {
+              const Words<Value>& words) {
     const YamlNode* node = fields.find(key);
     if (node == nullptr) return;
     const std::string what = std::string("\"") + key + "\" of a test";
@@ -38,12 +38,8 @@ void readWord(const YamlReader& reader, const YamlFields& fields, const char* ke
 MatchOptions readMatchOptions(const YamlReader& reader, const YamlFields& fields) {
     MatchOptions options;
     readWord(reader, fields, "mode", options.isBest, {{"first", false}, {"best", true}});
-    readWord(reader, fields, "priority", options.priority,
-             {{"total", ZXPOL_PRIORITY_TOTAL},
-              {"sender", ZXPOL_PRIORITY_SENDER_FIRST},
-              {"receiver", ZXPOL_PRIORITY_RECEIVER_FIRST}});
-    readWord(reader, fields, "weight", options.weight,
-             {{"domain", ZXPOL_WEIGHT_DOMAIN_FIRST}, {"name", ZXPOL_WEIGHT_NAME_FIRST}});
+    readWord(reader, fields, "priority", options.priority, kPriorities);
+    readWord(reader, fields, "weight", options.weight, kWeights);
     for (const char* key : {"priority", "weight"})
         if (!options.isBest && fields.find(key) != nullptr)
             reader.source().fail(fields.find(key)->place,

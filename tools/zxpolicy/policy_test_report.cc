@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "envelope_reader.h"
+#include "match_words.h"
 #include "sequence_diff.h"
 #include "text.h"
 
@@ -11,18 +12,10 @@ namespace tool {
 
 namespace {
 
-std::string priorityWord(const MatchOptions& options) {
-    if (options.priority == ZXPOL_PRIORITY_SENDER_FIRST) return "sender";
-    return options.priority == ZXPOL_PRIORITY_RECEIVER_FIRST ? "receiver" : "total";
-}
-
-std::string weightWord(const MatchOptions& options) {
-    return options.weight == ZXPOL_WEIGHT_NAME_FIRST ? "name" : "domain";
-}
-
 std::string optionsText(const MatchOptions& options) {
     if (!options.isBest) return "first match";
-    return "best match, priority " + priorityWord(options) + ", weight " + weightWord(options);
+    return "best match, priority " + wordFor(kPriorities, options.priority) + ", weight " +
+           wordFor(kWeights, options.weight);
 }
 
 std::string expectedRuleText(const std::string& path) {
@@ -77,8 +70,8 @@ Json testJson(const TestOutcome& outcome) {
                          {"passed", outcome.isPassed()},
                          {"sender", outcome.test.sender},
                          {"mode", options.isBest ? "best" : "first"},
-                         {"priority", options.isBest ? Json(priorityWord(options)) : Json::null()},
-                         {"weight", options.isBest ? Json(weightWord(options)) : Json::null()},
+                         {"priority", options.isBest ? Json(wordFor(kPriorities, options.priority)) : Json::null()},
+                         {"weight", options.isBest ? Json(wordFor(kWeights, options.weight)) : Json::null()},
                          {"receivers", receivers}});
 }
 
@@ -108,8 +101,7 @@ Json PolicyTestReport::json() const {
     Json tests = Json::array();
     for (const TestOutcome& outcome : outcomes)
         tests.add(testJson(outcome));
-    return Json::object({{"version", 1u},
-                         {"tests", tests},
+    return Json::report({{"tests", tests},
                          {"passed", uint64_t{outcomes.size() - failures()}},
                          {"failed", uint64_t{failures()}},
                          {"coverage", coverage.json()}});

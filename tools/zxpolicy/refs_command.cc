@@ -63,7 +63,7 @@ void printJson(std::ostream& out, const RefsOptions& options, const Answer& answ
         rules.add(Json::object({{"rule", rule.path}, {"places", places}}));
     }
     const std::optional<std::string>& checker = answer.references.checker;
-    out << Json::object({{"entity", isList(options) ? "list" : "classification"},
+    out << Json::report({{"entity", isList(options) ? "list" : "classification"},
                          {"name", options.name},
                          {"exists", contains(answer.names, options.name)},
                          {"checker", checker ? Json(*checker) : Json::null()},

@@ -128,7 +128,7 @@ ExitStatus runReport(const ReportOptions& options, std::ostream& out, std::ostre
     data.add("lint", lintJson(lintPolicy(policy.store(), options.match)));
     page.stream() << pageOf(data.line());
     page.keep();
-    out << options.html << ": " << grouped(mails.size()) << (mails.size() == 1 ? " mail" : " mails") << " explained\n";
+    out << oneLine(options.html) << ": " << counted(mails.size(), "mail") << " explained\n";
     traffic.printBadLines(out);
     if (policy.isOutdated())
         err << "zxpolicy: note: " << oneLine(policy.name())

@@ -1,4 +1,6 @@
 // The commands that change rules.
+#include <algorithm>
+
 #include "policy_path.h"
 #include "rule_commands.h"
 
@@ -10,11 +12,18 @@ std::string conditionText(const Condition& condition) {
     return "condition " + inQuotes(condition.sender + "," + condition.receiver, kMaxAddress);
 }
 
-// Letter case does not tell conditions apart.
+// Letter case does not tell patterns apart, but it does the names of lists.
+bool isSameSide(const std::string& side, const std::string& other) {
+    if (side == other) return true;
+    return side.front() != '(' && lowerCase(side) == lowerCase(other);
+}
+
+// The condition in this very spelling or, where there is none, one that is the same.
 auto findCondition(std::vector<Condition>& conditions, const Condition& wanted) {
+    const auto exact = std::find(conditions.begin(), conditions.end(), wanted);
+    if (exact != conditions.end()) return exact;
     return std::find_if(conditions.begin(), conditions.end(), [&](const Condition& condition) {
-        return lowerCase(condition.sender) == lowerCase(wanted.sender) &&
-               lowerCase(condition.receiver) == lowerCase(wanted.receiver);
+        return isSameSide(condition.sender, wanted.sender) && isSameSide(condition.receiver, wanted.receiver);
     });
 }
 
@@ -50,8 +59,11 @@ void editConditions(Rule& rule, const RuleEditOptions& options) {
 }
 
 void editMarks(Policy& policy, Rule& rule, const RuleEditOptions& options) {
-    for (const std::string& text : options.activated)
-        removeMark(rule, fullPath(text));
+    for (const std::string& text : options.activated) {
+        const std::string task = fullPath(text);
+        if (!removeMark(rule, task))
+            failForMissing("inactive mark " + inQuotes(task, kMaxName) + " of " + ruleText(options.path));
+    }
     for (const std::string& text : options.inactivated) {
         const std::string task = fullPath(text);
         findTask(policy, task);

@@ -49,7 +49,7 @@ void runTree(const RuleShowOptions& options, std::ostream& out) {
     const std::string path = fullPath(options.path);
     const Rule& rule = findRule(policy, path);
     if (options.format == OutputFormat::Json) {
-        out << versioned("tree", treeJson(rule, path)).line();
+        out << Json::report({{"tree", treeJson(rule, path)}}).line();
         return;
     }
     out << oneLine(path) << (rule.displayName.empty() ? "" : "  " + oneLine(rule.displayName)) << '\n';
@@ -67,7 +67,7 @@ void runRuleShow(const RuleShowOptions& options, std::ostream& out) {
     if (options.format == OutputFormat::Json) {
         Json json = jsonOf(rule, path);
         json.add("position", position ? Json(position->number) : Json::null()).add("children", children);
-        out << versioned("rule", json).line();
+        out << Json::report({{"rule", json}}).line();
         return;
     }
     std::vector<Fact> facts = attributeFacts(rule, position);
@@ -85,7 +85,7 @@ void runTaskShow(const RuleShowOptions& options, std::ostream& out) {
     const Task& task = findTask(policy, fullName);
     const Position position = positionOf(findRule(policy, splitFullPath(fullName).first).tasks, task.name);
     if (options.format == OutputFormat::Json) {
-        out << versioned("task", jsonOf(task, fullName).add("position", position.number)).line();
+        out << Json::report({{"task", jsonOf(task, fullName).add("position", position.number)}}).line();
         return;
     }
     out << taskText(fullName) << '\n';

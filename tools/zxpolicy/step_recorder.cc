@@ -20,16 +20,6 @@ std::vector<std::string> Collection::taken() const {
     return names;
 }
 
-void StepRecorder::observe(void* context, const _ZxPolMatchStep* step) {
-    auto& recorder = *static_cast<StepRecorder*>(context);
-    if (recorder._thrown) return;
-    try {
-        recorder.record(*step);
-    } catch (...) {
-        recorder._thrown = std::current_exception();
-    }
-}
-
 void StepRecorder::record(const _ZxPolMatchStep& step) {
     switch (step.kind) {
         case ZXPOL_STEP_RESTART:

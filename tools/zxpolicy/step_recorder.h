@@ -1,26 +1,17 @@
 // Puts the steps of a match together to an explanation.
 #pragma once
 
-#include <exception>
-
 #include "explanation.h"
+#include "step_observer.h"
 
 namespace tool {
 
-class StepRecorder {
+class StepRecorder final : public StepObserver {
 public:
     explicit StepRecorder(Explanation& explanation) : _explanation(explanation) {}
 
-    // As zxpol_explainMatch calls it, with a recorder for its context.
-    static void observe(void* context, const _ZxPolMatchStep* step);
-
-    // Throws what recording threw: nothing may be thrown through the library.
-    void rethrow() const {
-        if (_thrown) std::rethrow_exception(_thrown);
-    }
-
 private:
-    void record(const _ZxPolMatchStep& step);
+    void record(const _ZxPolMatchStep& step) override;
     void restart();
     void addSide(const _ZxPolMatchStep& step);
     void finishRule(const _ZxPolMatchStep& step);
@@ -33,7 +24,6 @@ private:
 
     Explanation& _explanation;
     bool _isInRule = false;
-    std::exception_ptr _thrown;
 };
 
 }  // namespace tool

@@ -24,24 +24,19 @@ _ZxPolTaskAttr recordOf(const Task& task) {
 // Deletes before it adds, so that a name whose letter case changed is never there twice.
 std::vector<std::string> applyOutcomes(const TaskHandle& handle, const std::string& where, const Task& current,
                                        const Task& wanted) {
-    std::vector<std::string> details;
     int result = ZXPOL_S_OK;
     for (const auto& [name, outcome] : current.outcomes) {
         if (wanted.outcomes.count(name) != 0) continue;
         zxpol_deleteOutcome(handle.get(), name.c_str(), &result);
         require(result, "cannot delete outcome " + inQuotes(name, 255) + " of task " + where);
-        details.push_back("deleted outcome " + inQuotes(name));
     }
     for (const auto& [name, outcome] : wanted.outcomes) {
         const auto found = current.outcomes.find(name);
-        const bool isNew = found == current.outcomes.end();
-        if (!isNew && found->second == outcome) continue;
+        if (found != current.outcomes.end() && found->second == outcome) continue;
         zxpol_addOutcome(handle.get(), name.c_str(), outcome.text.c_str(), &result);
         require(result, "cannot set outcome " + inQuotes(name, 255) + " of task " + where);
-        details.push_back("outcome " + inQuotes(name) + ": " + (isNew ? "" : inQuotes(found->second.text) + " -> ") +
-                          inQuotes(outcome.text));
     }
-    return details;
+    return outcomeDifferences(current, wanted);
 }
 
 class TaskApplier {

@@ -8,14 +8,17 @@ namespace tool {
 namespace {
 
 void editOutcomes(Task& task, const TaskEditOptions& options) {
+    const auto what = [&](const std::string& name) {
+        return "outcome " + inQuotes(name, kMaxName) + " of " + taskText(options.path);
+    };
     for (const std::string& name : options.removedOutcomes)
-        if (task.outcomes.erase(name) == 0)
-            failForMissing("outcome " + inQuotes(name, kMaxName) + " of " + taskText(options.path));
+        if (task.outcomes.erase(name) == 0) failForMissing(what(name));
     for (const std::string& outcome : options.outcomes) {
         const auto [name, text] = splitAssignment(outcome, "the outcome");
         const std::string fault = nameFault(name);
         if (!fault.empty()) throw UsageError("the name of outcome " + inQuotes(name) + " " + fault);
         if (text.empty()) throw UsageError("outcome " + inQuotes(name, kMaxName) + " is empty");
+        requireNoNamesake(task.outcomes, name, what(name));
         task.outcomes[name] = {text, {}};
     }
 }
