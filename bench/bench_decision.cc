@@ -5,6 +5,9 @@
 // Trees: "flat" has all rules below the root, "deep" ten below each rule, "chain" one below each. Of siblings the last
 // one matches mails to all.example, the others and all other mails match nothing but the root. So first match of
 // another mail checks every rule, and best match of one to all.example goes down to the last leaf.
+//
+// The rows "told" and "kept" are the same decisions with an observer that does nothing with the steps, and with one
+// that keeps what they say. Beside the plain row of the same policy they show what watching costs.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -18,6 +21,7 @@
 #include <vector>
 
 #include "zxpolicy.h"
+#include "zxpolicy_explain.h"
 #include "zxregistry.h"
 
 namespace {
@@ -145,13 +149,32 @@ private:
 
 // ---- deciding ---------------------------------------------------------------------------------------------
 
-void decide(const Policy& policy, uint32_t mode, const char* receiver) {
+// What is done with the steps of a decision.
+enum class Observer { None, Ignores, Records };
+
+void ignoreStep(void* /*context*/, const _ZxPolMatchStep* /*step*/) {}
+
+void recordStep(void* context, const _ZxPolMatchStep* step) {
+    std::string record = std::to_string(step->kind);
+    for (const char* text : {step->rulePath, step->pattern, step->address, step->taskPath})
+        if (text != nullptr) record.append(1, ' ').append(text);
+    static_cast<std::vector<std::string>*>(context)->push_back(std::move(record));
+}
+
+void decide(const Policy& policy, uint32_t mode, const char* receiver, Observer observer = Observer::None) {
+    const char* sender = "sender@elsewhere.example";
     const char* receivers[] = {receiver, nullptr};
     _ZxPolMatchPair* pairs = nullptr;
     uint32_t count = 0;
     int error = ZXPOL_S_OK;
-    zxpol_matchRuleByMailInfoEx(policy.rules.get(), policy.lists.get(), mode, "sender@elsewhere.example", receivers,
-                                &pairs, &count, &error);
+    std::vector<std::string> records;
+    if (observer == Observer::None)
+        zxpol_matchRuleByMailInfoEx(policy.rules.get(), policy.lists.get(), mode, sender, receivers, &pairs, &count,
+                                    &error);
+    else
+        zxpol_explainMatch(policy.rules.get(), policy.lists.get(), mode, sender, receivers,
+                           observer == Observer::Ignores ? &ignoreStep : &recordStep, &records, &pairs, &count, &error);
+    benchmark::DoNotOptimize(records);
     require(count == 1 ? error : ZXPOL_E_EXCEPTION, "match");
     zxpol_freeMatchPair(pairs, count, &error);
 }
@@ -178,24 +201,29 @@ double processorNanoseconds() {
     return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
 }
 
-void runDecision(benchmark::State& state, const Policy& policy, uint32_t mode, const char* receiver) {
+void runDecision(benchmark::State& state, const Policy& policy, uint32_t mode, const char* receiver,
+                 Observer observer) {
     const int checked = rulesCheckedBy(policy, mode, receiver);
     const double begin = processorNanoseconds();
     for ([[maybe_unused]] auto iteration : state)
-        decide(policy, mode, receiver);
+        decide(policy, mode, receiver, observer);
     const double taken = processorNanoseconds() - begin;
     state.counters["rules"] = checked;
     state.counters["ns_per_rule"] = taken / static_cast<double>(state.iterations()) / checked;
 }
 
-void registerTree(Policies& policies, const std::string& engine, const std::string& tree, int count) {
+void registerTree(Policies& policies, const std::string& engine, const std::string& tree, int count,
+                  Observer observer = Observer::None) {
+    const char* const suffixes[] = {"", "/told", "/kept"};
     for (const uint32_t mode : {0u, 1u}) {
         const std::string name = std::string("Decision/") + (mode == 0 ? "first/" : "best/") +
-                                 engine.substr(0, engine.find(':')) + "/" + tree + "/" + std::to_string(count);
-        benchmark::RegisterBenchmark(name.c_str(), [&policies, engine, tree, count, mode](benchmark::State& state) {
-            const char* receiver = mode == 0 ? "someone@nowhere.example" : "someone@all.example";
-            runDecision(state, policies.get(engine, tree, count), mode, receiver);
-        });
+                                 engine.substr(0, engine.find(':')) + "/" + tree + "/" + std::to_string(count) +
+                                 suffixes[static_cast<size_t>(observer)];
+        benchmark::RegisterBenchmark(
+            name.c_str(), [&policies, engine, tree, count, mode, observer](benchmark::State& state) {
+                const char* receiver = mode == 0 ? "someone@nowhere.example" : "someone@all.example";
+                runDecision(state, policies.get(engine, tree, count), mode, receiver, observer);
+            });
     }
 }
 
@@ -209,6 +237,8 @@ int main(int argc, char** argv) {
                 registerTree(policies, engine, tree, count);
         }
         registerTree(policies, engine, "chain", 1000);
+        for (const Observer observer : {Observer::Ignores, Observer::Records})
+            registerTree(policies, engine, "flat", 1000, observer);
     }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;

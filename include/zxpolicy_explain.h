@@ -30,9 +30,10 @@ extern "C" {
  *
  * A failure that a match passes over is told, as the result of a step or as #ZXPOL_STEP_PASSED_OVER. Two are not: a
  * rule or task whose position cannot be read is not looked at, and an attribute of a task that cannot be read is told
- * as what stands for it: on, not overridable, and of a filter type that is not exclusive. A match that fails tells the
- * steps up to its failure. Where it is begun anew because the policy changed meanwhile, #ZXPOL_STEP_RESTART makes all
- * that was told before void.
+ * as what stands for it: on, not overridable, and of a filter type that is not exclusive. A match that fails tells
+ * the steps up to its failure. #ZXPOL_STEP_RESTART makes all that was told before void: the policy changed meanwhile,
+ * and the match begins anew or, where that does not end or the store cannot be read any more, fails without a further
+ * step.
  */
 /**
  * @addtogroup explain
@@ -41,14 +42,16 @@ extern "C" {
 
 /** What a step of a match is. The comment of each says which fields of the step hold something. */
 ZXPOL_ENUM(ZxPolMatchStepKind){
-    /** The policy changed during the match: what was told so far is void, and the match begins anew. No field. */
+    /** The policy changed during the match, or the store failed at its end: what was told so far is void. The match
+     *  begins anew, or fails, with ZXREG_E_BUSY where the policy went on changing. No field. */
     ZXPOL_STEP_RESTART = 0,
     /** The walk for one receiver begins: receiver, receiverIndex. */
     ZXPOL_STEP_RECEIVER = 1,
     /** A rule is looked at: rulePath. Its conditions follow, then #ZXPOL_STEP_RULE_CHECKED. */
     ZXPOL_STEP_RULE = 2,
     /** One side of a condition was compared: rulePath, conditionIndex, side, pattern, address, isMatched, weight and
-     *  entry (when a list matched), result. The sender's side is compared only when the receiver's matched. */
+     *  entry (when a list with entries matched), result. The sender's side is compared only when the receiver's
+     *  matched. */
     ZXPOL_STEP_SIDE = 3,
     /** A rule's conditions were looked at: rulePath, isMatched; when matched, conditionIndex of the condition that
      *  decides, senderWeight and receiverWeight; result: a failure, for which the rule is passed over or, at the root
@@ -60,16 +63,18 @@ ZXPOL_ENUM(ZxPolMatchStepKind){
     /** The walk for one receiver is over: receiver, receiverIndex, isMatched, rulePath (when matched), result: a
      *  failure, with which the match ends. */
     ZXPOL_STEP_RECEIVER_DECIDED = 6,
-    /** The tasks for a matched rule are collected: rulePath. Tasks follow, in the order in which they are looked at. */
+    /** The tasks for a matched rule are collected: rulePath. Tasks follow, in the order in which they are looked
+     *  at. */
     ZXPOL_STEP_COLLECTION = 7,
-    /** A task was looked at: rulePath (the matched rule), taskPath, filter, enable, overridable, fate; otherPath, mark
-     *  and markRule as the fate says. */
+    /** A task was looked at: rulePath (the matched rule), taskPath, filter, enable, overridable, fate; otherPath,
+     *  mark and markRule as the fate says. */
     ZXPOL_STEP_TASK = 8,
     /** Something could not be read: rulePath, result. Between #ZXPOL_STEP_RULE and #ZXPOL_STEP_RULE_CHECKED: further
-     *  conditions of the rule, which count as none. Outside of these: the rule, which is passed over; or its children,
-     *  where best match looked at the rule before, or where first match ends with this result. While tasks are
-     *  collected: the rule's marks, which then switch nothing off. Without a rulePath: exclusive filter types, which
-     *  count as none. */
+     *  conditions of the rule, which count as none. Outside of these: the rule, which is passed over; or its
+     *  children, where best match looked at the rule before, or where first match ends with this result. While tasks
+     *  are collected, before the task in question: the marks of the rule that decides about it, which then do not
+     *  switch it off; told anew for each such task. Without a rulePath: exclusive filter types, which count as
+     *  none. */
     ZXPOL_STEP_PASSED_OVER = 9,
 };
 ZXPOL_ENUM_END(ZxPolMatchStepKind)
@@ -98,11 +103,11 @@ ZXPOL_ENUM(ZxPolMatchFate){
     /** Task: its attribute "enable" is 0. */
     ZXPOL_FATE_DISABLED = 6,
     /** Task: a mark switches it off; mark is the mark's text, markRule the rule that has it: the task's own rule, or
-     *  for an overridable task the matched one. Both are null for a task whose full name has more than 255 bytes, which
-     *  counts as switched off. */
+     *  for an overridable task the matched one. Both are null for a task whose full name has more than 255 bytes,
+     *  which counts as switched off. */
     ZXPOL_FATE_INACTIVE = 7,
-    /** Task: the task otherPath holds its ascending exclusive filter. Null where the filter's type, as it is stored, is
-     *  neither ascending nor descending, and lets no task through. */
+    /** Task: the task otherPath holds its ascending exclusive filter. Null where the filter's type, as it is stored,
+     *  is neither ascending nor descending, and lets no task through. */
     ZXPOL_FATE_HELD = 8,
 };
 ZXPOL_ENUM_END(ZxPolMatchFate)
@@ -131,7 +136,7 @@ typedef struct _ZxPolMatchStep {
     const char* pattern;     /**< the side of the condition, as it is stored: a pattern, or a list in parentheses */
     const char* address;     /**< what was compared: the address, or its text after the first colon */
     const char* entry;       /**< the entry of the list that matched, as it is stored; of several the one that weighs
-                                  most */
+                                  most; null for a pattern, and while the list changes under the match */
     const char* taskPath;    /**< the task's full name */
     const char* mark;        /**< the text of an inactive mark, as it is stored */
     const char* markRule;    /**< the path of the rule that has the mark */

@@ -27,7 +27,7 @@ void FunctionObserver::onStep(const _ZxPolMatchStep& step) {
     _function(_context, &step);
 }
 
-void FunctionObserver::begin() {
+void FunctionObserver::takeBack() {
     if (!_hasTold) return;
     _ZxPolMatchStep step{};
     step.kind = ZXPOL_STEP_RESTART;
@@ -46,12 +46,12 @@ void matchMail(ZxPolRuleHive& rules, ZxPolAddrListHive& lists, uint32_t mode, co
     *count = 0;
     const _ZxPolMatchOption option = optionFor(mode);
     const auto match = [&] {
-        if (observer != nullptr) observer->begin();
         ZxPolRuleMatcher matcher(&lists, &rules, &option);
         matcher.setObserver(observer);
         matcher.match(sender, receivers, pairs, count, error);
     };
     const auto undo = [&] {
+        if (observer != nullptr) observer->takeBack();
         ZxPolRuleMatcher::freeMatchPair(*pairs, *count, error);
         *pairs = nullptr;
         *count = 0;

@@ -18,8 +18,8 @@ public:
 
     void onStep(const _ZxPolMatchStep& step) override;
 
-    // An attempt begins. If it is not the first that tells something, what was told is void.
-    void begin();
+    // The attempt does not count: if it told something, that is void. Another one follows, or the match has failed.
+    void takeBack();
 
 private:
     ZxPolMatchObserverFunction _function;

@@ -255,41 +255,59 @@ TEST_P(Explanation, RefusesNullArguments) {
     EXPECT_EQ(Lines{}, steps.lines());
 }
 
-// What an observer of a policy that changes once knows.
+// What an observer of a policy that changes, the given number of times, knows.
 struct ChangingPolicy {
     zxtest::RecordedSteps steps;
     zxtest::RawKey* key;
-    bool hasChanged = false;
+    uint32_t changes;
 };
+
+void changeAtARule(void* policy, const _ZxPolMatchStep* step) {
+    auto& seen = *static_cast<ChangingPolicy*>(policy);
+    zxtest::RecordedSteps::observe(&seen.steps, step);
+    if (step->kind != ZXPOL_STEP_RULE || seen.changes == 0) return;
+    seen.key->setText("condition1", "*,*@b" + std::to_string(--seen.changes) + ".example");
+}
 
 TEST_P(Explanation, BeginsAnewWhenThePolicyChanges) {
     addRule("\\", "A", "*", "*@a.example");
     zxtest::RawKey key = rawRule("\\A");
-    ChangingPolicy policy{{}, &key};
-    const auto observe = [](void* context, const _ZxPolMatchStep* step) {
-        auto& seen = *static_cast<ChangingPolicy*>(context);
-        zxtest::RecordedSteps::observe(&seen.steps, step);
-        if (step->kind == ZXPOL_STEP_RULE && !seen.hasChanged) {
-            seen.key->setText("condition1", "*,*@b.example");
-            seen.hasChanged = true;
-        }
-    };
+    ChangingPolicy policy{{}, &key, 1};
     const char* receivers[] = {"r@a.example", nullptr};
     _ZxPolMatchPair* pairs = nullptr;
     uint32_t count = 0;
     int error = ZXPOL_S_OK;
-    zxpol_explainMatch(ruleHive(), listHive(), 0, "s@s.example", receivers, observe, &policy, &pairs, &count, &error);
+    zxpol_explainMatch(ruleHive(), listHive(), 0, "s@s.example", receivers, &changeAtARule, &policy, &pairs, &count,
+                       &error);
     EXPECT_CODE(ZXPOL_S_OK, error);
     ASSERT_EQ(1u, count);
     EXPECT_EQ("\\: r@a.example |", lineOf(pairs[0]));
     zxpol_freeMatchPair(pairs, count, &error);
     EXPECT_EQ(
-        (Lines{"receiver 0 r@a.example", "rule \\A", "\\A 0 receiver r@a.example in *@b.example no", "checked \\A no",
+        (Lines{"receiver 0 r@a.example", "rule \\A", "\\A 0 receiver r@a.example in *@b0.example no", "checked \\A no",
                "rule \\", "\\ 0 receiver r@a.example in * yes 0", "\\ 0 sender s@s.example in * yes 0",
                "checked \\ yes 0 0,0", "decided 0 r@a.example yes \\", "tasks of \\"}),
         Lines(std::find(policy.steps.lines().begin(), policy.steps.lines().end(), "restart") + 1,
               policy.steps.lines().end()));
     EXPECT_EQ(1u, only("restart", policy.steps.lines()).size());
+}
+
+// Nothing that was told of a match without an answer is left to be believed.
+TEST_P(Explanation, EndsWithARestartWhenThePolicyGoesOnChanging) {
+    addRule("\\", "A", "*", "*@a.example");
+    zxtest::RawKey key = rawRule("\\A");
+    ChangingPolicy policy{{}, &key, 1000};
+    const char* receivers[] = {"r@a.example", nullptr};
+    _ZxPolMatchPair* pairs = nullptr;
+    uint32_t count = 0;
+    int error = ZXPOL_S_OK;
+    zxpol_explainMatch(ruleHive(), listHive(), 0, "s@s.example", receivers, &changeAtARule, &policy, &pairs, &count,
+                       &error);
+    EXPECT_CODE(ZXREG_E_BUSY, error);
+    EXPECT_EQ(nullptr, pairs);
+    EXPECT_EQ(0u, count);
+    EXPECT_EQ(4u, only("restart", policy.steps.lines()).size());
+    EXPECT_EQ("restart", policy.steps.lines().back());
 }
 
 }  // namespace

@@ -25,6 +25,20 @@ TEST(Snapshot, IsReadAgainWhileTheStoreChanges) {
     EXPECT_EQ(readAtOneMoment(store, read), 3U);
 }
 
+// What is not there counts only when the store did not change while it was looked for.
+TEST(Snapshot, IsReadAgainWhenWhatWasThereHasGone) {
+    const Store store("memory:", Store::Missing::Create);
+    uint32_t reads = 0;
+    const auto read = [&] {
+        if (++reads > 1) return reads;
+        write(store, reads);
+        throw PolicyError("there is none");
+    };
+    EXPECT_EQ(readAtOneMoment(store, read), 2U);
+    const auto fail = [&]() -> uint32_t { throw PolicyError("there is none"); };
+    EXPECT_THROW(readAtOneMoment(store, fail), PolicyError);
+}
+
 // Where nobody can be made to wait, as in a file that may only be read, there may be no such moment.
 TEST(Snapshot, FailsRatherThanMixTwoMoments) {
     const Store store("memory:", Store::Missing::Create);

@@ -87,7 +87,7 @@ ApplyResult applyPolicy(const Store& store, const std::string& fileName, const P
 }
 
 void runApply(const ApplyOptions& options, std::ostream& out, std::ostream& err) {
-    const std::string fileName = options.file == "-" ? "standard input" : options.file;
+    const std::string fileName = fileTitle(options.file);
     const Policy policy = readPolicy(fileName, readFile(options.file));
     const ReferenceFaults faults = findReferenceFaults(YamlSource(fileName), policy);
     if (!options.allowsDangling) requireNoneDangling(faults.dangling);

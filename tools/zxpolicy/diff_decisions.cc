@@ -7,6 +7,7 @@
 #include "fixed_policy.h"
 #include "json.h"
 #include "pattern/rfc2822_checker.h"
+#include "policy_reader.h"
 #include "text.h"
 
 namespace tool {
@@ -98,21 +99,39 @@ void printText(std::ostream& out, const DecisionDiff& diff) {
         out << grouped(diff.changed) << " of " << grouped(diff.kinds) << " kinds of mails are decided differently\n";
 }
 
-FixedPolicy openPolicy(const std::string& policy, std::ostream& err) {
-    return isStoreLocation(policy) ? FixedPolicy(policy) : FixedPolicy(policy, nullptr, err);
+DecisionDiff diffOf(const DiffOptions& options, const FixedPolicy& before, const FixedPolicy& after) {
+    try {
+        return compareDecisions(before.store(), after.store(), options.match, options.samples);
+    } catch (const AnalysisLimit& limit) {
+        throw PolicyError(std::string("cannot compare all mails: ") + limit.what() +
+                          "; compare recorded ones by zxpolicy replay --against");
+    }
+}
+
+// A list that a file names without its addresses has those of the other policy: apply would keep them.
+DecisionDiff compareFiles(const DiffOptions& options, std::ostream& err) {
+    Policy before = readPolicy(fileTitle(options.before), readFile(options.before));
+    Policy after = readPolicy(fileTitle(options.after), readFile(options.after));
+    takeAddresses(before, after);
+    takeAddresses(after, before);
+    return diffOf(options, FixedPolicy(options.before, before, err), FixedPolicy(options.after, after, err));
+}
+
+DecisionDiff compare(const DiffOptions& options, std::ostream& err) {
+    if (isStoreLocation(options.before)) {
+        const FixedPolicy before(options.before);
+        if (isStoreLocation(options.after)) return diffOf(options, before, FixedPolicy(options.after));
+        return diffOf(options, before, FixedPolicy(options.after, &before, err));
+    }
+    if (!isStoreLocation(options.after)) return compareFiles(options, err);
+    const FixedPolicy after(options.after);
+    return diffOf(options, FixedPolicy(options.before, &after, err), after);
 }
 
 }  // namespace
 
 ExitStatus runDiffDecisions(const DiffOptions& options, std::ostream& out, std::ostream& err) {
-    const FixedPolicy before = openPolicy(options.before, err), after = openPolicy(options.after, err);
-    DecisionDiff diff;
-    try {
-        diff = compareDecisions(before.store(), after.store(), options.match, options.samples);
-    } catch (const AnalysisLimit& limit) {
-        throw PolicyError(std::string("cannot compare all mails: ") + limit.what() +
-                          "; compare recorded ones by zxpolicy replay --against");
-    }
+    const DecisionDiff diff = compare(options, err);
     if (options.format == OutputFormat::Json)
         printJson(out, diff);
     else

@@ -6,6 +6,7 @@
 #include "list_store_reader.h"
 #include "policy_reader.h"
 #include "policy_references.h"
+#include "policy_store_reader.h"
 #include "remarks.h"
 #include "store_copy.h"
 #include "text.h"
@@ -14,15 +15,42 @@ namespace tool {
 
 namespace {
 
-void warnOfListsWithoutAddresses(std::ostream& err, const Policy& policy) {
-    for (const auto& [name, list] : policy.lists) {
-        const auto* normal = std::get_if<NormalList>(&list);
-        if (normal != nullptr && !normal->addresses)
-            err << "zxpolicy: warning: " << listText(name) << " has no addresses in the file, and is empty here\n";
+// Visits each list that the policy names without its addresses.
+template <class AnyPolicy, class Visit>
+void forEachListWithoutAddresses(AnyPolicy& policy, const Visit& visit) {
+    for (auto& [name, list] : policy.lists) {
+        auto* normal = std::get_if<NormalList>(&list);
+        if (normal != nullptr && !normal->addresses) visit(name, *normal);
     }
 }
 
+bool saysAllAddresses(const Policy& policy) {
+    bool saysAll = true;
+    forEachListWithoutAddresses(policy, [&](const std::string&, const NormalList&) { saysAll = false; });
+    return saysAll;
+}
+
+// The list of that name where it is one of addresses, or null.
+const NormalList* normalListIn(const Policy& policy, const std::string& name) {
+    const auto found = policy.lists.find(name);
+    return found == policy.lists.end() ? nullptr : std::get_if<NormalList>(&found->second);
+}
+
+void warnOfEmptyLists(std::ostream& err, const Policy& policy, const Policy& base) {
+    forEachListWithoutAddresses(policy, [&](const std::string& name, const NormalList&) {
+        if (normalListIn(base, name) == nullptr)
+            err << "zxpolicy: warning: " << listText(name) << " has no addresses in the file, and is empty here\n";
+    });
+}
+
 }  // namespace
+
+void takeAddresses(Policy& policy, const Policy& other) {
+    forEachListWithoutAddresses(policy, [&](const std::string& name, NormalList& list) {
+        const NormalList* normal = normalListIn(other, name);
+        if (normal != nullptr) list.addresses = normal->addresses;
+    });
+}
 
 bool isStoreLocation(const std::string& locationOrFile) {
     return locationOrFile.rfind("sqlite:", 0) == 0 || locationOrFile.rfind("memory:", 0) == 0;
@@ -36,15 +64,33 @@ FixedPolicy::FixedPolicy(const std::string& location) : _name(location) {
     copyStore(*_origin, _copy);
 }
 
-FixedPolicy::FixedPolicy(const std::string& file, const FixedPolicy* base, std::ostream& err)
-    : _name(file == "-" ? "standard input" : file) {
+FixedPolicy::FixedPolicy(const std::string& file, const FixedPolicy* base, std::ostream& err) : _name(fileTitle(file)) {
     const Policy policy = readPolicy(_name, readFile(file));
+    hold(policy, base == nullptr ? nullptr : &base->store(), base == nullptr ? "" : base->name(), err);
+}
+
+FixedPolicy::FixedPolicy(const std::string& file, const std::string& location, std::ostream& err)
+    : _name(fileTitle(file)) {
+    const Policy policy = readPolicy(_name, readFile(file));
+    std::optional<Store> base;
+    if (!saysAllAddresses(policy) && !isMissingFile(location)) base.emplace(location, Store::Missing::Refuse);
+    hold(policy, base && base->holdsPolicy() ? &*base : nullptr, location, err);
+}
+
+FixedPolicy::FixedPolicy(const std::string& file, const Policy& policy, std::ostream& err) : _name(fileTitle(file)) {
+    hold(policy, nullptr, "", err);
+}
+
+void FixedPolicy::hold(const Policy& policy, const Store* base, const std::string& baseName, std::ostream& err) {
     printRemarks(err, "warning", findReferenceFaults(YamlSource(_name), policy).dangling,
                  " more sides of conditions name no list");
-    if (base != nullptr)
-        copyStore(base->store(), _copy);
-    else
-        warnOfListsWithoutAddresses(err, policy);
+    StoredPolicy stored;
+    if (base != nullptr && !saysAllAddresses(policy)) {
+        copyStore(*base, _copy);
+        stored = readStoredPolicy(_copy, Secrets::Leave);
+        requireNoProblems(stored.problems, "cannot apply " + oneLine(_name) + " to " + oneLine(baseName));
+    }
+    warnOfEmptyLists(err, policy, stored.policy);
     applyPolicy(_copy, _name, policy, false);
 }
 

@@ -10,7 +10,7 @@ namespace tool {
 
 ExitStatus runLint(const LintOptions& options, std::ostream& out, std::ostream& err) {
     const std::string& policy = options.policy.empty() ? options.store : options.policy;
-    const FixedPolicy fixed = isStoreLocation(policy) ? FixedPolicy(policy) : FixedPolicy(policy, nullptr, err);
+    const FixedPolicy fixed = isStoreLocation(policy) ? FixedPolicy(policy) : FixedPolicy(policy, options.store, err);
     LintResult result = lintPolicy(fixed.store(), options.match);
     std::stable_sort(result.findings.begin(), result.findings.end(),
                      [](const Finding& a, const Finding& b) { return a.severity < b.severity; });

@@ -17,10 +17,6 @@ Json mailJson(const std::optional<SampleMail>& mail) {
     return Json::object({{"sender", mail->sender}, {"receiver", mail->receiver}});
 }
 
-std::string countText(size_t count, const std::string& what) {
-    return grouped(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 }  // namespace
 
 size_t countOf(const LintResult& result, Severity severity) {
@@ -59,9 +55,9 @@ void printText(std::ostream& out, const LintResult& result) {
         out << "    " << finding.text << mail << '\n';
         out << "    To do: " << finding.remedy << ".\n";
     }
-    out << countText(countOf(result, Severity::Error), "error") << ", "
-        << countText(countOf(result, Severity::Warning), "warning") << ", "
-        << countText(countOf(result, Severity::Note), "note") << '\n';
+    out << counted(countOf(result, Severity::Error), "error") << ", "
+        << counted(countOf(result, Severity::Warning), "warning") << ", "
+        << counted(countOf(result, Severity::Note), "note") << '\n';
 }
 
 }  // namespace tool

@@ -9,6 +9,7 @@
 #include "list_commands.h"
 #include "open_list.h"
 #include "output_file.h"
+#include "snapshot.h"
 #include "table.h"
 #include "text.h"
 
@@ -36,6 +37,16 @@ ListSummary summaryOf(const ListHive& hive, const std::string& name) {
     if (summary.attr.type == ZXPOL_ADDRLIST_NORMAL)
         summary.count = countAddresses(enumerationOf(*list), listText(name));
     return summary;
+}
+
+// All lists as they stood at one moment.
+std::vector<ListSummary> summariesIn(const Store& store, const ListHive& hive) {
+    return readAtOneMoment(store, [&] {
+        std::vector<ListSummary> summaries;
+        for (const std::string& name : hive.names())
+            summaries.push_back(summaryOf(hive, name));
+        return summaries;
+    });
 }
 
 const char* kindOf(const ListSummary& summary) {
@@ -80,21 +91,20 @@ ExitStatus runListOverview(const ListOverviewOptions& options, std::ostream& out
     const ListHive hive(store);
     Json lists = Json::array();
     Table table({"list", "kind", "addresses", "display name"}, {0, 1, 3});
-    const std::vector<std::string> names = hive.names();
     if (options.onlyNames) {
-        for (const std::string& name : names)
+        for (const std::string& name : readAtOneMoment(store, [&] { return hive.names(); }))
             out << oneLine(name) << '\n';
         return kSuccess;
     }
-    for (const std::string& name : names) {
-        const ListSummary summary = summaryOf(hive, name);
+    const std::vector<ListSummary> summaries = summariesIn(store, hive);
+    for (const ListSummary& summary : summaries) {
         lists.add(jsonOf(summary));
-        table.add({oneLine(name), kindOf(summary), summary.count ? grouped(*summary.count) : "-",
+        table.add({oneLine(summary.name), kindOf(summary), summary.count ? grouped(*summary.count) : "-",
                    oneLine(summary.attr.displayName)});
     }
     if (options.format == OutputFormat::Json)
         out << Json::report({{"lists", lists}}).line();
-    else if (names.empty())
+    else if (summaries.empty())
         out << "there are no address lists\n";
     else
         table.print(out);
@@ -103,10 +113,11 @@ ExitStatus runListOverview(const ListOverviewOptions& options, std::ostream& out
 
 ExitStatus runListShow(const ListShowOptions& options, std::ostream& out) {
     const Store store(options.store, Store::Missing::Refuse);
-    const std::unique_ptr<ZxPolNormalAddrList> list = ListHive(store).openNormal(options.name);
-    const std::vector<std::string> addresses = addressesOf(*list, options.name, options.order);
+    const auto [attr, addresses] = readAtOneMoment(store, [&] {
+        const std::unique_ptr<ZxPolNormalAddrList> list = ListHive(store).openNormal(options.name);
+        return std::pair(attributesOf(*list, options.name), addressesOf(*list, options.name, options.order));
+    });
     if (options.format == OutputFormat::Json) {
-        const _ZxPolAddrListAttr attr = attributesOf(*list, options.name);
         out << Json::report({{"name", options.name},
                              {"type", "normal"},
                              {"displayName", attr.displayName},

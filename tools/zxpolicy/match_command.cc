@@ -8,6 +8,7 @@
 #include "match_report.h"
 #include "match_summary.h"
 #include "progress.h"
+#include "snapshot.h"
 #include "tool_error.h"
 
 namespace tool {
@@ -35,7 +36,8 @@ bool readMail(EnvelopeReader& reader, Envelope& envelope) {
     }
 }
 
-void matchMany(const MatchCommandOptions& options, EnvelopeReader& reader, Matcher& matcher, std::ostream& out) {
+void matchMany(const MatchCommandOptions& options, const Store& store, EnvelopeReader& reader, Matcher& matcher,
+               std::ostream& out) {
     // Lines that go to the terminal show how far it is, and a count among them would garble them.
     const bool isStreamed = options.format == OutputFormat::Json && isatty(STDOUT_FILENO) != 0;
     Progress progress("mails", reader.size(), !isStreamed);
@@ -50,7 +52,8 @@ void matchMany(const MatchCommandOptions& options, EnvelopeReader& reader, Match
         progress.step(reader.bytes());
     }
     progress.clear();
-    if (options.format == OutputFormat::Text) summary.print(out, readRuleTree(matcher.rules()));
+    if (options.format == OutputFormat::Json) return;
+    summary.print(out, readAtOneMoment(store, [&] { return readRuleTree(matcher.rules()); }));
 }
 
 }  // namespace
@@ -65,7 +68,7 @@ void runMatch(const MatchCommandOptions& options, std::ostream& out) {
     }
     EnvelopeReader reader(*options.envelopes);
     Matcher matcher(store, options.match, options.tasks(store));
-    matchMany(options, reader, matcher, out);
+    matchMany(options, store, reader, matcher, out);
 }
 
 }  // namespace tool

@@ -59,6 +59,10 @@ Policy readPolicy(const std::string& fileName, const std::string& text) {
     return policy;
 }
 
+std::string fileTitle(const std::string& file) {
+    return file == "-" ? "standard input" : file;
+}
+
 std::string readFile(const std::string& path) {
     const auto close = [](std::FILE* file) { return std::fclose(file); };
     const bool isInput = path == "-";

@@ -11,6 +11,9 @@ namespace tool {
 // does not belong there: unknown keys, wrong types, duplicate names, and what the store could not give back as written.
 Policy readPolicy(const std::string& fileName, const std::string& text);
 
+// What messages call a file; - is standard input.
+std::string fileTitle(const std::string& file);
+
 // The content of a file; - is standard input. Throws a UsageError when it cannot be read.
 std::string readFile(const std::string& path);
 

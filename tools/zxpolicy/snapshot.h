@@ -23,7 +23,7 @@ auto readAtOneMoment(const Store& store, Read read) {
         try {
             auto result = read();
             if (store.stamp() == before) return result;
-        } catch (const StoreError&) {
+        } catch (const ToolError&) {
             if (store.stamp() == before) throw;
         }
     }

@@ -34,7 +34,8 @@ Envelope envelopeOf(const PolicyTest& test) {
 
 PolicyTestReport runTests(const TestOptions& options, const std::string& fileName, const std::vector<PolicyTest>& tests,
                           std::ostream& err) {
-    const FixedPolicy policy = options.policy ? FixedPolicy(*options.policy, nullptr, err) : FixedPolicy(options.store);
+    const FixedPolicy policy =
+        options.policy ? FixedPolicy(*options.policy, options.store, err) : FixedPolicy(options.store);
     Matcher matcher(policy.store(), {}, options.tasks(policy.store()), Matcher::Conditions::Watched);
     PolicyTestReport report{fileName, {}, Coverage(readRuleTree(matcher.rules()))};
     for (const PolicyTest& test : tests) {
@@ -51,7 +52,7 @@ PolicyTestReport runTests(const TestOptions& options, const std::string& fileNam
 ExitStatus runTest(const TestOptions& options, std::ostream& out, std::ostream& err) {
     if (options.file == "-" && options.policy == "-")
         throw UsageError("the tests and --policy cannot both be read from standard input");
-    const std::string fileName = options.file == "-" ? "standard input" : options.file;
+    const std::string fileName = fileTitle(options.file);
     const PolicyTestReport report = runTests(options, fileName, readPolicyTests(fileName, readFile(options.file)), err);
     const bool isCovered = report.coverage.percent() >= options.minCoverage;
     if (options.format == OutputFormat::Json) {

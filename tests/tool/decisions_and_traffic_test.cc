@@ -1,0 +1,170 @@
+// Two policies compared on all mails, and by traffic of the mails that the first comparison shows: both say the same.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <sstream>
+
+#include "../support/experiment.h"
+#include "diff_decisions.h"
+#include "replay_command.h"
+#include "rule_tasks.h"
+#include "small_policy.h"
+#include "tool_fixture.h"
+
+namespace tool {
+
+namespace {
+
+using nlohmann::json;
+
+using Mail = std::pair<std::string, std::string>;   // sender, receiver
+using Rules = std::pair<std::string, std::string>;  // before and after, empty for none
+
+TaskLookup lookup(const Store& store) {
+    const auto tasks = std::make_shared<const RuleTasks>(store);
+    return [tasks](const std::string& path) { return tasks->namesOf(path); };
+}
+
+std::string ruleIn(const json& rule) {
+    return rule.is_null() ? "" : rule.get<std::string>();
+}
+
+// Whether a file of mails can say the address.
+bool canBeWritten(const std::string& address) {
+    const bool hasBlankAround = !address.empty() && (address.front() == ' ' || address.back() == ' ');
+    return address.find(',') == std::string::npos && address == oneLine(address) && !hasBlankAround;
+}
+
+bool canBeWritten(const Mail& mail) {
+    return !mail.second.empty() && canBeWritten(mail.first) && canBeWritten(mail.second);
+}
+
+std::string linesOf(const std::vector<Mail>& mails) {
+    std::string lines;
+    for (const auto& [sender, receiver] : mails)
+        lines += senderToText(sender) + '\t' + receiver + '\n';
+    return lines;
+}
+
+std::vector<Mail> allSmallMails() {
+    std::vector<Mail> mails;
+    for (const std::string& sender : smallAddresses())
+        for (const std::string& receiver : smallAddresses())
+            if (canBeWritten({sender, receiver})) mails.emplace_back(sender, receiver);
+    return mails;
+}
+
+using Changes = std::map<Mail, Rules>;
+
+std::set<Rules> rulesIn(const Changes& changes) {
+    std::set<Rules> rules;
+    for (const auto& [mail, change] : changes)
+        rules.insert(change);
+    return rules;
+}
+
+class DecisionsAndTrafficTest : public ToolTest {
+protected:
+    // Compares two policies by both commands. A policy that matches no mail to some receivers, as its root rule fails,
+    // cannot be replayed.
+    void check(const Store& before, const Store& after, const MatchOptions& match) {
+        const Changes expected = changesOfAllMails(before, after, match);
+        std::vector<Mail> mails;
+        for (const auto& [mail, rules] : expected)
+            if (canBeWritten(mail)) mails.push_back(mail);
+        Changes written;
+        for (const Mail& mail : mails)
+            written[mail] = expected.at(mail);
+        try {
+            EXPECT_EQ(changesOfTraffic(before, after, match, mails), written);
+            const std::set<Rules> told = rulesIn(expected);
+            for (const Rules& rules : rulesIn(changesOfTraffic(before, after, match, allSmallMails())))
+                EXPECT_EQ(told.count(rules), 1U) << rules.first << " -> " << rules.second;
+        } catch (const StoreError&) {
+            EXPECT_TRUE(hasFailure(before) || hasFailure(after));
+            return;
+        }
+        if (expected.empty())
+            ++same;
+        else
+            differing += mails.size();
+    }
+
+    size_t same = 0;
+    size_t differing = 0;
+
+private:
+    // What diff --decisions tells: all kinds of mails, each by its witness.
+    static Changes changesOfAllMails(const Store& before, const Store& after, const MatchOptions& match) {
+        std::ostringstream out, err;
+        const ExitStatus status =
+            runDiffDecisions({before.location(), after.location(), match, 1000000, OutputFormat::Json}, out, err);
+        Changes changes;
+        const json report = json::parse(out.str());
+        for (const json& change : report["changes"])
+            for (const json& kind : change["kinds"])
+                changes[{kind["sender"], kind["receiver"]}] = {ruleIn(change["before"]["rule"]),
+                                                               ruleIn(change["after"]["rule"])};
+        EXPECT_EQ(status, changes.empty() ? kSuccess : kAnswerIsNo);
+        return changes;
+    }
+
+    // What replay --against tells of these mails.
+    Changes changesOfTraffic(const Store& before, const Store& after, const MatchOptions& match,
+                             const std::vector<Mail>& mails) const {
+        ReplayOptions options;
+        options.store = before.location();
+        options.against = after.location();
+        options.envelopes = write("mails.tsv", linesOf(mails));
+        options.samples = 1000000;
+        options.tasks = lookup;
+        options.match = match;
+        options.format = OutputFormat::Json;
+        std::ostringstream out, err;
+        const ExitStatus status = runReplay(options, out, err);
+        const json report = json::parse(out.str());
+        EXPECT_EQ(report["badLines"]["count"], 0);
+        Changes changes;
+        for (const json& change : report["changes"])
+            for (const json& mail : change["samples"])
+                changes[{mail["sender"], mail["receiver"]}] = {ruleIn(change["ruleBefore"]),
+                                                               ruleIn(change["ruleAfter"])};
+        EXPECT_EQ(status, changes.empty() ? kSuccess : kAnswerIsNo);
+        return changes;
+    }
+
+    static bool hasFailure(const Store& store) {
+        for (const std::string& sender : smallAddresses())
+            for (const std::string& decision : libraryDecisions(store, {}, sender, smallAddresses()))
+                if (decision == "!") return true;
+        return false;
+    }
+};
+
+}  // namespace
+
+TEST_F(DecisionsAndTrafficTest, SayTheSame) {
+    const auto pairs = zxtest::shortOrLong<uint32_t>(10, 3000);
+    for (uint32_t seed = 1; seed <= pairs && !HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        const auto kind = seed % 3 == 0 ? SmallPolicyKind::Foreign : SmallPolicyKind::Valid;
+        const SmallPolicy before(seed, kind);
+        SmallPolicy after(seed % 2 == 0 ? seed : seed + 1000000, kind);
+        after.change(seed);
+        MatchOptions match;
+        match.isBest = seed % 2 != 0;
+        match.priority = static_cast<ZxPolMatchPriorityType>(seed / 2 % 3);
+        match.weight = static_cast<ZxPolMatchWeightType>(seed / 6 % 2);
+        check(before.store(), after.store(), match);
+        check(after.store(), before.store(), match);
+    }
+    EXPECT_GT(same, 0U);
+    EXPECT_GT(differing, pairs);
+    zxtest::figure("analysis", "pairs of policies compared on all mails and by traffic", pairs);
+    zxtest::figure("analysis", "mails that both comparisons tell", differing);
+}
+
+}  // namespace tool
