@@ -168,7 +168,7 @@ TEST_F(ChangingStoreTest, MatchDecidesEachMailByThePolicyOfItsMoment) {
     std::string err;
     const std::string report = fedWhileChanging({"match", "--envelopes", "-", "--json"}, 0, err);
     EXPECT_EQ(err, "");
-    const std::string left = "{\"sender\":\"x@y.example\",\"matches\":[{\"rule\":\"\\\\left7\"";
+    const std::string left = R"({"version":1,"sender":"x@y.example","matches":[{"rule":"\\left7")";
     EXPECT_EQ(report.substr(0, left.size()), left);
     const size_t first = report.find("right");
     ASSERT_NE(first, std::string::npos);

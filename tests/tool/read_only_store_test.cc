@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <iostream>
 
 #include "command_line.h"
@@ -65,6 +66,8 @@ protected:
         for (std::string& word : words)
             arguments.push_back(word.data());
         arguments.push_back(nullptr);
+        // What the child has of it, it would print too.
+        std::fflush(stdout);
         const pid_t child = fork();
         if (child == 0) _exit(runAsNobody(static_cast<int>(words.size()), arguments.data()));
         int status = 0;
