@@ -9,14 +9,16 @@
 
 #include "../support/experiment.h"
 #include "addrlist/addr_cache.h"
-#include "analysis/part_automaton.h"
+#include "analysis/analysis_limit.h"
 #include "pattern/cond_wildcard_pattern.h"
 #include "pattern/priority.h"
+#include "small_policy.h"
 
 namespace {
 
 using tool::AddressClass;
 using tool::AddressSpace;
+using tool::allTexts;
 using tool::MatchedTest;
 
 // A test as the library carries it out.
@@ -106,22 +108,11 @@ std::string faultOf(Tests& tests, const std::vector<std::string>& addresses) {
     return "";
 }
 
-// All texts of up to `length` characters.
-std::vector<std::string> allTexts(const std::string& alphabet, size_t length) {
-    std::vector<std::string> texts{""};
-    for (size_t begin = 0; length > 0; --length) {
-        const size_t end = texts.size();
-        for (; begin < end; ++begin)
-            for (char c : alphabet)
-                texts.push_back(texts[begin] + c);
-    }
-    return texts;
-}
-
 // All pairs of a local part and a domain, and texts with quotes, colons and blanks.
 std::vector<std::string> manyAddresses() {
-    std::vector<std::string> addresses{"",          "@",     "\"\"",     " ",     " @ ",  "\"a@a\"",
-                                       "\"a@a\"@a", "x:a@a", "\" a\"@a", "a@a@a", "A@A.B"};
+    std::vector<std::string> addresses{
+        "",      "@",     "\"\"",    " ",    " @ ",  "\"a@a\"",     "\"a@a\"@a", "x:a@a", "\" a\"@a", "a@a@a",
+        "A@A.B", "x:a:b", "x:a:b@a", "x:a:", "x::b", "x:a@b@c:d@a", "(@a",       "a@(",   "\x80@a",   "a@\x80"};
     const std::vector<std::string> names = allTexts("ab.", 3);
     const std::vector<std::string> domains = allTexts("ab.", 4);
     for (const std::string& name : names)
@@ -136,6 +127,14 @@ std::vector<std::string> manyAddresses() {
             addresses.push_back("\" " + name + "\"@" + inside);
         }
     }
+    for (const std::string& text : allTexts("a. ", 4)) {
+        addresses.push_back(text + "@b");
+        addresses.push_back("b@" + text);
+    }
+    for (const std::string& text : allTexts("a.\"@", 5))
+        addresses.push_back(text);
+    for (const std::string& text : allTexts("a\"@\\", 4))
+        addresses.push_back(text + "@b");
     return addresses;
 }
 
@@ -166,11 +165,19 @@ public:
         const std::string name = text(below(3) == 0 ? "ab.*\" " : "ab.*", 4);
         const std::string domain = text(below(3) == 0 ? "ab.*[] " : "ab.*", 6);
         if (below(10) == 0) return name + "@[" + domain + "]";
+        if (below(10) == 0) return "\"" + text("ab.*@\"\\", 4) + "\"@" + domain;
         return below(10) == 0 ? name : name + "@" + domain;
     }
 
     std::string address() {
         return pick({"a", "b", "a.b", "\"a\"", "\"a@b\""}) + "@" + pick({"a", "b", "a.b", "b.a", "a.a.b", "[a]"});
+    }
+
+    // Any plain text that a list might hold.
+    std::string entry() {
+        return below(8) == 0
+                   ? pick({"a:b", "a", "a:", ":b", "a:b@a", "\"a@\"a\"@b", "\"\".a\"", "\"\\\"@\"", "\"@\"\".a"})
+                   : address();
     }
 
 private:
@@ -188,7 +195,7 @@ void checkRandom(uint32_t seed, const std::vector<std::string>& addresses, bool 
         }
         std::vector<std::string> entries;
         for (size_t entry = random.below(5); entry > 0; --entry)
-            entries.push_back(random.below(2) == 0 ? random.address() : pattern());
+            entries.push_back(random.below(2) == 0 ? random.entry() : pattern());
         tests.addList(entries);
     }
     EXPECT_EQ(faultOf(tests, addresses), "") << "seed " << seed << tests.text();
@@ -220,6 +227,129 @@ TEST(AddressSpace, TellsAnAddressOfAListFromThePatternOfTheSameText) {
     // Both; the pattern alone, with a blank that it does not see; the list alone, with quotes around the whole;
     // neither.
     EXPECT_EQ(matchedOf(tests).size(), 4U);
+}
+
+// What a pattern matches may depend on whether there is any text before it.
+TEST(AddressSpace, TellsNothingReadFromTextThatChangesNothing) {
+    const std::vector<std::string> addresses = manyAddresses();
+    const std::vector<std::vector<std::string>> sets{
+        {"* a@c"}, {"*.*@*", "*a@*", "@*"}, {"*@*.*", "*@*a", "*@"}, {"*@* a"}, {"*.*.*@*", "*b@*"}};
+    for (const std::vector<std::string>& patterns : sets) {
+        Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+        for (const std::string& pattern : patterns)
+            tests.addPattern(pattern);
+        EXPECT_EQ(faultOf(tests, addresses), "") << tests.text();
+    }
+    Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+    tests.addPattern("* a@c");
+    EXPECT_EQ(faultOf(tests, {"x a@c", "a@c", " a@c", "x@c"}), "");
+}
+
+// Of the longest domains the label before the suffix has room for a character, or for none.
+TEST(AddressSpace, FindsTheLabelBeforeTheLongestSuffix) {
+    for (size_t length = 249; length <= 256; ++length) {
+        const std::string suffix = std::string(length - 2, 'd') + ".e";
+        std::vector<std::string> addresses{"a@." + suffix, "a@" + suffix, "a@x." + suffix, "a@." + suffix + "e"};
+        Tests one(ZXPOL_WEIGHT_DOMAIN_FIRST);
+        one.addList({"*@*." + suffix, "*@x." + suffix, "*@*.e"});
+        one.addPattern("*@*.e");
+        one.addPattern("*@x." + suffix);
+        EXPECT_EQ(faultOf(one, addresses), "") << length;
+        // All labels of one letter have addresses of their own, and so has the empty one.
+        Tests many(ZXPOL_WEIGHT_DOMAIN_FIRST);
+        many.addPattern("*@*.e");
+        many.addList({"*@*." + suffix});
+        many.addPattern("*@." + suffix);
+        for (char c = 'a'; c <= 'z'; ++c)
+            many.addPattern(std::string("*@") + c + "." + suffix);
+        addresses.push_back("a@0." + suffix);
+        EXPECT_EQ(faultOf(many, addresses), "") << length;
+        Tests names(ZXPOL_WEIGHT_DOMAIN_FIRST);
+        names.addList({"*." + suffix + "@*", "x." + suffix + "@*"});
+        names.addPattern("*.e@*");
+        EXPECT_EQ(faultOf(names, {"." + suffix + "@a", "x." + suffix + "@a", "0." + suffix + "@a"}), "") << length;
+    }
+}
+
+// The labels behind which the fiftieth ends may leave no room for names.
+TEST(AddressSpace, FindsTheDomainLiteralOfFiftyLabelsBeforeALongSuffix) {
+    for (const size_t length : {100U, 150U, 195U, 200U, 201U, 202U, 210U}) {
+        const std::string suffix(length, 'd');
+        Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+        tests.addPattern("*@[*]");
+        tests.addPattern("*@*." + suffix);
+        EXPECT_EQ(faultOf(tests,
+                          {"a@[" + std::string(49, '.') + suffix + ".]", "a@[" + std::string(48, '.') + suffix + ".]"}),
+                  "")
+            << length;
+    }
+}
+
+// The quotes of the one pattern, and what the other asks for, can stand side by side in some orders only.
+TEST(AddressSpace, FindsALocalPartThatCanBeWritten) {
+    Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+    tests.addPattern("*\"*@*");
+    tests.addPattern("\"*@b*\"@*");
+    EXPECT_EQ(faultOf(tests, {"\"@b\"x\"@d", "\"@bx\"@d", "a\"a@d", "a@d"}), "");
+    EXPECT_EQ(matchedOf(tests).size(), 4U);
+}
+
+TEST(AddressSpace, FindsTheEntryOfAListThatHoldsAColonAndNoAt) {
+    Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+    tests.addList({"a:b", "a:b@c", "plain"});
+    tests.addPattern("a:b");
+    tests.addPattern("a:b@*");
+    tests.addPattern("b");
+    EXPECT_EQ(faultOf(tests, {"a:b", "smtp:a:b", "smtp:a:b@", "smtp:a:b@c", "plain", "x:plain", "b"}), "");
+}
+
+// Local parts are cut at their length before quotes are taken off, and lists know them in full.
+TEST(AddressSpace, FindsLongEntriesOfListsWithAndWithoutQuotes) {
+    const std::string local(300, 'a');
+    Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+    tests.addList({local + "@b", local + "@"});
+    tests.addPattern("\"*@*");
+    EXPECT_EQ(faultOf(tests, {local + "@b", "\"" + local + "\"@b", local + "@", "\"" + local + "\"@", "\"x@b"}), "");
+    EXPECT_EQ(matchedOf(tests).size(), 4U);
+}
+
+// An address that lists hold with any number of blanks around it is still the same for patterns.
+TEST(AddressSpace, FindsAnAddressThatListsDoNotHold) {
+    Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+    tests.addPattern("a@b");
+    tests.addList({"a@b", " a@b", "a@b ", "a @b", "a@ b", "  a@b"});
+    EXPECT_EQ(faultOf(tests, {"a@b", "   a@b", "x@b"}), "");
+    EXPECT_EQ(matchedOf(tests).size(), 4U);
+}
+
+// Every usual character begins a pattern of its own.
+TEST(AddressSpace, FindsACharacterThatNoPatternNames) {
+    const std::string blanks = " \t\n";
+    for (const std::string spared : {"(", "\"", "\x80", ""}) {
+        Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+        std::vector<std::string> entries;
+        for (int c = 1; c < 256; ++c) {
+            const char character = static_cast<char>(c);
+            const bool isUpper = c >= 'A' && c <= 'Z';
+            if (isUpper || character == '.' || blanks.find(character) != std::string::npos || spared[0] == character)
+                continue;
+            const bool isQuoted = character == '@';
+            if (character != '*') entries.push_back(isQuoted ? "\"@*\"@*" : std::string(1, character) + "*@*");
+        }
+        tests.addList(entries);
+        std::vector<std::string> addresses{"a@a",
+                                           "(a@a",
+                                           "\x80"
+                                           "a@a",
+                                           "\x01"
+                                           "a@a",
+                                           "\\a@a",
+                                           "x::a@a",
+                                           "*a@a",
+                                           "]a@a",
+                                           ".a@a"};
+        EXPECT_EQ(faultOf(tests, addresses), "") << spared;
+    }
 }
 
 TEST(AddressSpace, GivesUpWherePatternsCombineInTooManyWays) {

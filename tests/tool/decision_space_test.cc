@@ -20,14 +20,6 @@ std::string textOf(const DecisionSpace& space, uint32_t decision) {
     return space.policy(0).rules[decision].path;
 }
 
-MatchOptions optionsOf(uint32_t seed) {
-    MatchOptions options;
-    options.isBest = seed % 2 != 0;
-    options.priority = static_cast<ZxPolMatchPriorityType>(seed / 2 % 3);
-    options.weight = static_cast<ZxPolMatchWeightType>(seed / 6 % 2);
-    return options;
-}
-
 // The rules that answer for all mails of a small policy, as the library says and as the classes say.
 void check(uint32_t seed, SmallPolicyKind kind) {
     const SmallPolicy policy(seed, kind);

@@ -52,6 +52,17 @@ protected:
     void writeNumber(const std::string& key, const std::string& name, uint32_t number) const {
         write(key, name, ZXREG_NUMBER, std::string(reinterpret_cast<const char*>(&number), sizeof number));
     }
+    // Makes a task, however long its full name is.
+    void addTask(const std::string& rulePath, const std::string& name) const {
+        const Store store(location(), Store::Missing::Refuse);
+        int result = ZXPOL_S_OK;
+        const RuleHiveHandle hive(zxpol_openRuleHive(store.key(), 0, &result));
+        const RuleHandle rule(zxpol_openRuleByFullName(hive.get(), rulePath.c_str(), &result));
+        _ZxPolTaskAttr attr{};
+        attr.enable = 1;
+        const TaskHandle task(zxpol_createTask(rule.get(), name.c_str(), &attr, &result));
+        ASSERT_TRUE(ZX_SUCCESS(result));
+    }
     void erase(const std::string& key, const std::string& name) const {
         const Store store(location(), Store::Missing::Refuse);
         int result = ZXPOL_S_OK;
@@ -205,6 +216,105 @@ TEST_F(LintTest, FindsRulesWhoseMailsCannotBeMatched) {
     apply(kTwoRules);
     erase(kRuleA, "comment");
     EXPECT_EQ(placesOf("failing-match"), Texts{"rule \\A"});
+}
+
+TEST_F(LintTest, TellsThatAMailOutsideTheParentMayStillGetToARuleByFirstMatch) {
+    run({"apply", "-"}, policyWithRoot(R"(  rules:
+    - name: A
+      conditions: [{sender: "*", receiver: "*@a.example"}]
+      rules: [{name: B, conditions: [{sender: "*", receiver: "*@b.example"}]}]
+)"));
+    EXPECT_THAT(textsOf("outside-parent"),
+                testing::ElementsAre(HasSubstr("first match may give them to this rule, best match never does")));
+    EXPECT_EQ(placesOf("unreachable-best"), Texts{"rule \\A\\B"});
+    EXPECT_EQ(placesOf("unreachable-first"), Texts{});
+}
+
+// First match gets to the later condition only where none between the two fails.
+TEST_F(LintTest, CallsAConditionCoveredOnlyWhereTheRuleMatchesTheSameWithoutIt) {
+    const auto withBetween = [](const std::string& between) {
+        return policyWithRoot(R"(  rules:
+    - name: A
+      conditions: [{sender: "*", receiver: x@a.example}, )" +
+                              between + R"(, {sender: "*", receiver: "*@a.example"}]
+)");
+    };
+    const std::vector<std::pair<std::string, Texts>> cases{
+        {R"({sender: "*", receiver: (Nowhere)})", {}},
+        {R"({sender: (Nowhere), receiver: "*@a.example"})", {}},
+        {R"({sender: (Nowhere), receiver: "*@b.example"})", {"rule \\A, condition 1"}},
+        {R"({sender: "*", receiver: "*@b.example"})", {"rule \\A, condition 1"}},
+    };
+    for (const auto& [between, places] : cases) {
+        run({"apply", "--allow-dangling", "-"}, withBetween(between));
+        EXPECT_EQ(placesOf("covered-condition"), places) << between;
+    }
+}
+
+TEST_F(LintTest, PrefersTheConditionBesideWhichAnotherAddsNothing) {
+    apply(policyWithRoot(R"(  rules:
+    - name: A
+      conditions: [{sender: "*", receiver: "*@*.a.example"}, {sender: "*@*", receiver: x@b.a.example},
+                   {sender: "*", receiver: x@b.a.example}]
+)"));
+    EXPECT_THAT(textsOf("covered-condition"),
+                testing::ElementsAre(HasSubstr("condition 1"), StartsWith("condition 2 of the rule matches")));
+}
+
+TEST_F(LintTest, TellsNumbersAndPositionsBelowOneFromGaps) {
+    apply(kTwoRules);
+    writeText(kRuleA, "condition0", "*,*@f.example");
+    EXPECT_EQ(placesOf("number-gap"), Texts{});
+    EXPECT_EQ(textsOf("bad-number"), Texts{"the value \"condition0\" has no usable number: numbers begin with 1"});
+    writeNumber(std::string(kRules) + "\\A", "order", 0);
+    EXPECT_EQ(textsOf("bad-position"), Texts{"\"A\" has position 0: it comes first, and positions begin with 1"});
+    EXPECT_EQ(textsOf("position-gap"), Texts{"none has position 1"});
+    writeNumber(std::string(kRules) + "\\B", "order", 1);
+    writeNumber(std::string(kRules) + "\\C", "order", 2);
+    EXPECT_EQ(textsOf("position-gap"), Texts{});
+    writeNumber(std::string(kRules) + "\\C", "order", 0x80000000);
+    EXPECT_EQ(textsOf("missing-position"), Texts{"\"C\" has no position: nothing sees it"});
+    EXPECT_EQ(lint().reaches.size(), 3U);
+}
+
+TEST_F(LintTest, TellsATextThatIsNoConditionFromOneOfEmptySides) {
+    apply(kTwoRules);
+    writeText(kRuleA, "condition3", ",");
+    EXPECT_EQ(textsOf("unreadable-condition"),
+              Texts{"both sides are empty, or too long, and it matches empty addresses alone"});
+    writeText(kRuleA, "condition3", "no comma");
+    EXPECT_EQ(textsOf("unreadable-condition"),
+              Texts{"what is stored cannot be read, and counts as condition 2 once more"});
+    writeText(kRuleA, "condition1", "no comma");
+    EXPECT_EQ(textsOf("unreadable-condition").front(), "what is stored cannot be read, and counts as two empty sides");
+}
+
+TEST_F(LintTest, TellsOnceThatTheMailsOfARuleCannotBeMatched) {
+    apply(policyWithRoot(R"(  rules:
+    - {name: A, conditions: [{sender: "*", receiver: "*@a.example"}]}
+    - {name: B, conditions: [{sender: "*", receiver: "*@b.example"}]}
+)"));
+    erase(std::string(kRules) + "\\A", "comment");
+    erase(std::string(kRules) + "\\B", "comment");
+    EXPECT_EQ(placesOf("failing-match"), (Texts{"rule \\A", "rule \\B"}));
+}
+
+// Matching takes a task that does not say of which filter type it is for one that no other keeps out.
+TEST_F(LintTest, DoesNotTakeATaskWithoutAFilterTypeForOneOfTypeZero) {
+    apply("exclusiveFilters: [{filter: 0, priority: asc}]\n" + policyWithRoot("  tasks: [{name: T, filter: 0}]\n"));
+    EXPECT_EQ(placesOf("unused-filter"), Texts{});
+    erase("Rule\\Mail\\tasks\\T", "filter");
+    EXPECT_EQ(placesOf("unused-filter"), Texts{"exclusive filter 0"});
+}
+
+TEST_F(LintTest, TellsThatATaskIsSwitchedOffForTheLengthOfItsName) {
+    const std::string rule(150, 'r');
+    apply(policyWithRoot("  rules:\n    - name: " + rule + "\n      conditions: [{sender: \"*\", receiver: \"*\"}]\n"));
+    addTask("\\" + rule, std::string(103, 't'));
+    EXPECT_EQ(textsOf("never-active"), Texts{});
+    addTask("\\" + rule, std::string(104, 't'));
+    EXPECT_EQ(textsOf("never-active"),
+              Texts{"its full name is 256 bytes long, and one of more than 255 switches a task off for every mail"});
 }
 
 TEST_F(LintTest, SaysWhenThereAreTooManyWaysToMatch) {

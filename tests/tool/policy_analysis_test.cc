@@ -13,14 +13,6 @@ namespace tool {
 
 namespace {
 
-MatchOptions optionsOf(uint32_t seed) {
-    MatchOptions options;
-    options.isBest = seed % 2 != 0;
-    options.priority = static_cast<ZxPolMatchPriorityType>(seed / 2 % 3);
-    options.weight = static_cast<ZxPolMatchWeightType>(seed / 6 % 2);
-    return options;
-}
-
 SmallPolicyKind kindOf(uint32_t seed) {
     return seed % 3 == 0 ? SmallPolicyKind::Foreign : SmallPolicyKind::Valid;
 }

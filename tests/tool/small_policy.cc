@@ -45,7 +45,7 @@ std::string SmallPolicy::pattern() {
     if (upTo(3) == 0) return address();
     if (_isForeign && upTo(2) == 0)
         return pick({"a*@*", "*a@*", "*@a*", "*@*.a.*", "*@b.*", "a@*b.b", "*@[a*]", "a", "", "**@a", "* @b", "a.*@*",
-                     "*@*.*"});
+                     "*@*.*", "*.*@*", "@*", "* a@c", "*@* b"});
     return pick({"*", "*@*", "a@*", "*@a", "*@b", "*@*.b", "a@*.b", "*@[*]", "*@a.b"});
 }
 
@@ -73,7 +73,7 @@ void SmallPolicy::makeList(const std::string& name) {
 void SmallPolicy::fillList(const std::string& name) {
     std::string image;
     for (size_t count = upTo(4); count > 0; --count) {
-        const std::string entry = pattern();
+        const std::string entry = upTo(9) == 0 ? pick({"a:b", "a:b@a", "a", "\"a@b\""}) : pattern();
         if (!entry.empty()) image.append(entry).push_back('\0');
     }
     image.push_back('\0');
@@ -115,10 +115,30 @@ void SmallPolicy::makeRules(const std::string& parentKey, const RuleHandle& pare
     }
 }
 
+std::vector<std::string> allTexts(const std::string& alphabet, size_t length) {
+    std::vector<std::string> texts{""};
+    for (size_t begin = 0; length > 0; --length) {
+        const size_t end = texts.size();
+        for (; begin < end; ++begin)
+            for (char c : alphabet)
+                texts.push_back(texts[begin] + c);
+    }
+    return texts;
+}
+
+MatchOptions optionsOf(uint32_t seed) {
+    MatchOptions options;
+    options.isBest = seed % 2 != 0;
+    options.priority = static_cast<ZxPolMatchPriorityType>(seed / 2 % 3);
+    options.weight = static_cast<ZxPolMatchWeightType>(seed / 6 % 2);
+    return options;
+}
+
 std::vector<std::string> smallAddresses() {
     std::vector<std::string> addresses{"",        "@",       "a",      "c",       "ab@a",    "aa@ab",     "a.b@b",
                                        "a.b.c@c", "c@b.b.b", "c@b.a",  " a@a",    "\"a@b\"", "\"a@a\"@b", "c@[a]",
-                                       "c@[ab]",  "a@[a]",   "c@[c.b", "c@a.a.a", "c@c.a.c", "b@b.c"};
+                                       "c@[ab]",  "a@[a]",   "c@[c.b", "c@a.a.a", "c@c.a.c", "b@b.c",     "c a@c",
+                                       "c@c b",   "@a",      "a.c@c",  "x:a:b",   "x:a:b@a"};
     for (const char* name : {"a", "b", "c"})
         for (const char* domain : {"a", "b", "c", "a.b", "b.b", "c.b"})
             addresses.push_back(std::string(name) + "@" + domain);

@@ -44,6 +44,12 @@ private:
     std::vector<std::string> _ruleKeys;
 };
 
+// All texts of up to `length` characters.
+std::vector<std::string> allTexts(const std::string& alphabet, size_t length);
+
+// Ways to match: all of them in turn.
+MatchOptions optionsOf(uint32_t seed);
+
 // All addresses that tell such policies apart: over the same words, and a few more.
 std::vector<std::string> smallAddresses();
 

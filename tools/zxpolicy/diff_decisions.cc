@@ -2,8 +2,8 @@
 
 #include <ostream>
 
+#include "analysis/analysis_limit.h"
 #include "analysis/decision_diff.h"
-#include "analysis/part_automaton.h"
 #include "fixed_policy.h"
 #include "json.h"
 #include "pattern/rfc2822_checker.h"

@@ -8,7 +8,7 @@
 #include <unordered_set>
 
 #include "analysis/address_spelling.h"
-#include "analysis/part_automaton.h"
+#include "analysis/analysis_limit.h"
 #include "pattern/cond_wildcard_pattern.h"
 #include "pattern/priority.h"
 #include "pattern/rfc2822_checker.h"
@@ -20,9 +20,6 @@ namespace {
 
 // The pairs of local parts and domains that are looked at before an answer is given up.
 constexpr size_t kMaxPairs = 4000000;
-
-constexpr size_t kMaxLocalPart = 254;
-constexpr size_t kMaxDomain = 255;
 
 // Of each test the largest weight.
 void keepLargest(std::vector<MatchedTest>& matched) {
@@ -64,8 +61,8 @@ private:
 
 AddressSpace::AddressSpace(ZxPolMatchWeightType weightType)
     : _weightType(weightType),
-      _names(kMaxLocalPart, {"anyone", "someone", "somebody"}),
-      _domains(kMaxDomain, {"anywhere.example", "elsewhere.example", "host"}) {}
+      _names(AddressPart::Name, {"anyone", "someone", "somebody"}),
+      _domains(AddressPart::Domain, {"anywhere.example", "elsewhere.example", "host"}) {}
 
 std::string AddressSpace::pointKey(const std::string& name, const std::string& domain, bool isWhole) {
     std::string key = name;
@@ -133,6 +130,7 @@ struct AddressSpace::Part {
     struct Class {
         std::vector<uint32_t> groups;  // of patterns that match
         std::vector<std::string> members;
+        bool hasOthers = false;  // the members are not all there are
     };
 
     std::vector<uint32_t> groupOf;  // of a pattern
@@ -157,6 +155,7 @@ struct AddressSpace::Part {
             const uint32_t number = numbering(groups);
             if (number == classes.size()) classes.push_back({std::move(groups), {}});
             classes[number].members.push_back(std::move(word.text));
+            classes[number].hasOthers = classes[number].hasOthers || !word.isKnown;
         }
     }
 };
@@ -260,23 +259,36 @@ private:
                 return;
             }
         }
+        if (nameClass.hasOthers || domainClass.hasOthers)
+            throw AnalysisLimit("no address is found that some of the patterns match together");
     }
 
     bool isListed(const std::string& address) const { return _space._plain.count(partsOf(address).sortKey) != 0; }
 
-    // An address with these parts that is in no list as it is. One with a blank at an end of its local part is the
-    // same for all patterns, and another one for lists.
+    // An address with these parts, or with blanks beside them, that is in no list as it is: for patterns such
+    // addresses are the same, for lists they are different ones.
     std::optional<std::string> unlisted(const std::string& name, const std::string& domain) const {
-        using Found = std::optional<std::string>;
-        const auto firstUnlisted = [&](const std::string& local, const std::string& host) -> Found {
-            for (std::string& text : spellings(local, host))
-                if (!isListed(text)) return std::move(text);
-            return std::nullopt;
-        };
-        Found found = firstUnlisted(name, domain);
-        if (!found && !name.empty() && name.size() < kMaxLocalPart) found = firstUnlisted(" " + name, domain);
-        if (!found && !domain.empty() && domain.size() < kMaxDomain) found = firstUnlisted(name, domain + " ");
-        return found;
+        for (size_t blanks = 0;; ++blanks) {
+            bool isThere = false;
+            for (const auto& [local, host] : paddedWith(std::string(blanks, ' '), name, domain)) {
+                for (std::string& text : spellings(local, host)) {
+                    if (!isListed(text)) return std::move(text);
+                    isThere = true;
+                }
+            }
+            if (!isThere && blanks > 0) return std::nullopt;
+        }
+    }
+
+    // Blanks beside nothing would be something else.
+    static std::vector<std::pair<std::string, std::string>> paddedWith(const std::string& blanks,
+                                                                       const std::string& name,
+                                                                       const std::string& domain) {
+        if (blanks.empty()) return {{name, domain}};
+        std::vector<std::pair<std::string, std::string>> padded;
+        if (!name.empty()) padded.insert(padded.end(), {{blanks + name, domain}, {name + blanks, domain}});
+        if (!domain.empty()) padded.insert(padded.end(), {{name, blanks + domain}, {name, domain + blanks}});
+        return padded;
     }
 
     void addUnlisted(const std::string& name, const std::string& domain) {
@@ -285,26 +297,14 @@ private:
         if (address && isNew(matched)) _classes.push_back({std::move(*address), std::move(matched)});
     }
 
-    // The addresses whose sort key is one of a list: the key can be divided at each "@", or not at all.
+    // The addresses whose sort key is one of a list.
     void addPlain(const std::string& key, const std::vector<uint32_t>& tests) {
-        addPlainAs(key, key, tests);
-        const size_t only = key.find('@');
-        if (only == std::string::npos) return;
-        for (size_t at = only; at != std::string::npos; at = key.find('@', at + 1))
-            addPlainAs(key.substr(0, at), key.substr(at + 1), key, tests);
-        addPlainAs(key, "", key, tests);
+        for (const std::string& address : addressesOfKey(key))
+            addListed(address, tests);
     }
 
-    void addPlainAs(const std::string& name, const std::string& domain, const std::string& key,
-                    const std::vector<uint32_t>& tests) {
-        for (const std::string& address : spellings(name, domain))
-            if (addPlainAs(address, key, tests)) return;
-    }
-
-    // Whether the address has the key.
-    bool addPlainAs(const std::string& address, const std::string& key, const std::vector<uint32_t>& tests) {
+    void addListed(const std::string& address, const std::vector<uint32_t>& tests) {
         const AddressParts parts = partsOf(address);
-        if (parts.sortKey != key) return false;
         const std::vector<uint32_t> nameGroups = _names.groupsOf(_space._names.patternsOf(parts.name));
         const std::vector<uint32_t> domainGroups = _domains.groupsOf(_space._domains.patternsOf(parts.domain));
         Matched matched;
@@ -315,13 +315,12 @@ private:
         appendBytes(likeness, domainGroups);
         appendBytes(likeness, matched);
         appendBytes(likeness, tests);
-        if (!_seenPlain.insert(std::move(likeness)).second) return true;
+        if (!_seenPlain.insert(std::move(likeness)).second) return;
         const Matched byPatterns = matchedBy(nameGroups, domainGroups);
         matched.insert(matched.end(), byPatterns.begin(), byPatterns.end());
         for (uint32_t test : tests)
             matched.push_back({test, ZxPolPriority::maxWeight()});
         if (isNew(matched)) _classes.push_back({address, std::move(matched)});
-        return true;
     }
 
     const AddressSpace& _space;

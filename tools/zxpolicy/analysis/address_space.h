@@ -32,8 +32,7 @@ struct AddressClass {
 
 /*
  * Tests of addresses: condition patterns, and lists of patterns and plain addresses. An address, whatever text it is,
- * is in one of the classes; only texts that hold a quote in their local part where no address can spell it are left
- * out.
+ * is in one of the classes.
  *
  * What decides on an address is its local part, its domain, and the sort key by which lists find plain addresses. The
  * patterns tell finitely many local parts and domains apart (PartWords); those alike for all patterns are taken

@@ -1,12 +1,118 @@
 #include "analysis/address_spelling.h"
 
+#include <algorithm>
+#include <optional>
+#include <string_view>
 #include <utility>
 
+#include "analysis/analysis_limit.h"
 #include "pattern/cond_wildcard_pattern.h"
 #include "pattern/rfc2822_checker.h"
 #include "text.h"
 
 namespace tool {
+
+namespace {
+
+// The places for quotes in a local part of which all choices are tried.
+constexpr size_t kMaxPlacesTried = 14;
+
+size_t countOf(char c, const std::string& text) {
+    return static_cast<size_t>(std::count(text.begin(), text.end(), c));
+}
+
+// The places where a quote may have been taken off: before and behind each word, and before each "@".
+size_t placesIn(const std::string& name) {
+    return 2 * countOf('.', name) + 2 + countOf('@', name);
+}
+
+// The local part with quotes at the places that are chosen.
+template <class IsChosen>
+std::string withQuotes(const std::string& name, IsChosen isChosen) {
+    std::string local;
+    size_t place = 0;
+    const auto quote = [&](char next) {
+        if (isChosen(place++, next)) local.push_back('"');
+    };
+    quote('\0');
+    for (char c : name) {
+        if (c == '.' || c == '@') quote(c);
+        local.push_back(c);
+        if (c == '.') quote('\0');
+    }
+    quote('\0');
+    return local;
+}
+
+// Calls visit(local part) with quotes in all ways until it returns true, and tells whether it did.
+template <class Visit>
+bool anyQuoted(const std::string& name, Visit visit) {
+    const size_t count = placesIn(name);
+    if (count > kMaxPlacesTried) throw AnalysisLimit("the quotes in a local part stand in too many ways");
+    for (uint32_t places = 0; places < uint32_t{1} << count; ++places)
+        if (visit(withQuotes(name, [&](size_t place, char) { return (places >> place & 1) != 0; }))) return true;
+    return false;
+}
+
+// Calls visit(local part) with quotes nowhere, around the whole, and around each word, until it returns true.
+template <class Visit>
+bool anyUsual(const std::string& name, Visit visit) {
+    const std::string enclosed = std::string("\"").append(name).append("\"");
+    // A blank without quotes around it is nothing that people see.
+    if (name.find(' ') != std::string::npos && visit(enclosed)) return true;
+    return visit(name) || visit(enclosed) || visit(withQuotes(name, [](size_t, char next) { return next != '@'; }));
+}
+
+// Whether a quote in the local part, or one taken off, stands behind a backslash.
+bool hasEscapes(const std::string& name) {
+    for (size_t at = name.find('\\'); at != std::string::npos; at = name.find('\\', at + 1))
+        if (at + 1 == name.size() || std::string_view("\".@").find(name[at + 1]) != std::string_view::npos) return true;
+    return false;
+}
+
+// A quote before an "@" ends the local part, unless it stands behind a backslash or the whole is cut for its length.
+bool isBroken(const std::string& name) {
+    if (name.size() + placesIn(name) >= ZxPolCondWildcardPattern::maxName) return false;
+    for (size_t at = name.find("\"@"); at != std::string::npos; at = name.find("\"@", at + 1))
+        if (at == 0 || name[at - 1] != '\\') return true;
+    return false;
+}
+
+// Looks for an address with given parts.
+class Speller {
+public:
+    Speller(const std::string& name, const std::string& domain, bool isDivided)
+        : _name(name), _domain(domain), _isDivided(isDivided) {}
+
+    std::optional<std::string> run() {
+        if (_name.size() > ZxPolCondWildcardPattern::maxName || _domain.size() > ZxPolCondWildcardPattern::maxDomain ||
+            isBroken(_name))
+            return std::nullopt;
+        const auto isRight = [&](const std::string& local) {
+            // What is cut off for its length may still hold the quote that closes.
+            return tryLocal(local) || (local.size() >= ZxPolCondWildcardPattern::maxName && tryLocal(local + '"'));
+        };
+        if (!anyUsual(_name, isRight) && !anyQuoted(_name, isRight)) return std::nullopt;
+        return std::move(_found);
+    }
+
+private:
+    bool tryLocal(std::string text) {
+        if (_isDivided) text.append("@").append(_domain);
+        text = withKind(std::move(text));
+        const AddressParts parts = partsOf(text);
+        if (parts.name != _name || parts.domain != _domain) return false;
+        _found = std::move(text);
+        return true;
+    }
+
+    const std::string& _name;
+    const std::string& _domain;
+    bool _isDivided;
+    std::string _found;
+};
+
+}  // namespace
 
 AddressParts partsOf(const std::string& address) {
     const size_t colon = address.find(':');
@@ -18,24 +124,46 @@ AddressParts partsOf(const std::string& address) {
     return {parsed.getName(), parsed.getDomain(), lowerCase(key)};
 }
 
+std::string withKind(std::string text) {
+    if (text.find(':') != std::string::npos) text.insert(0, "smtp:");
+    return text;
+}
+
 std::vector<std::string> spellings(const std::string& name, const std::string& domain) {
-    std::string quoted = "\"";
-    quoted.append(name).push_back('"');
-    std::vector<std::string> locals{name, std::move(quoted)};
-    // A blank without quotes around it is nothing that people see.
-    if (name.find(' ') != std::string::npos) std::swap(locals.front(), locals.back());
     std::vector<std::string> found;
-    const auto addIfRight = [&](std::string text) {
-        // What stands before the first colon is the kind of the address.
-        if (text.find(':') != std::string::npos) text.insert(0, "smtp:");
-        const AddressParts parts = partsOf(text);
-        if (parts.name == name && parts.domain == domain) found.push_back(std::move(text));
-    };
-    for (const std::string& local : locals) {
-        if (domain.empty()) addIfRight(local);
-        addIfRight(std::string(local).append("@").append(domain));
+    for (const bool isDivided : {false, true}) {
+        if (!isDivided && !domain.empty()) continue;
+        std::optional<std::string> text = Speller(name, domain, isDivided).run();
+        if (text) found.push_back(std::move(*text));
     }
     return found;
+}
+
+std::vector<std::string> addressesOfKey(const std::string& key) {
+    std::vector<std::string> found;
+    const auto addIfRight = [&](std::string text) {
+        if (partsOf(text).sortKey == key) found.push_back(std::move(text));
+        return false;
+    };
+    // The key can be divided at each "@", or not at all.
+    for (size_t at = 0; at <= key.size(); ++at) {
+        if (at < key.size() && key[at] != '@') continue;
+        const std::string name = key.substr(0, at), rest = key.substr(at);
+        const auto addWith = [&](const std::string& local) { return addIfRight(withKind(local + rest)); };
+        // Quotes are another local part where a backslash stands before them, or where they push its end away.
+        if (hasEscapes(name))
+            anyQuoted(name, addWith);
+        else if (name.size() + placesIn(name) > ZxPolCondWildcardPattern::maxName)
+            anyUsual(name, addWith);
+        else
+            for (std::string& text : spellings(name, rest.empty() ? rest : rest.substr(1)))
+                addIfRight(std::move(text));
+    }
+    return found;
+}
+
+bool isLocalPart(const std::string& name) {
+    return !spellings(name, "host").empty() || !spellings(name, "").empty();
 }
 
 }  // namespace tool

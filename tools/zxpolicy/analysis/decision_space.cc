@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "analysis/part_automaton.h"
+#include "analysis/analysis_limit.h"
 #include "pattern/priority.h"
 
 namespace tool {

@@ -1,6 +1,6 @@
 #include "analysis/lint.h"
 
-#include "analysis/part_automaton.h"
+#include "analysis/analysis_limit.h"
 
 namespace tool {
 

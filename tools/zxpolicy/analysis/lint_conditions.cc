@@ -18,94 +18,78 @@ public:
 
     void run() {
         for (const StoredRule& rule : _stored.rules) {
+            _rule = rule.path;
+            _place = "rule " + oneLine(rule.path);
             if (rule.conditions.empty())
-                _findings.push_back({Severity::Warning,
-                                     "no-conditions",
-                                     "rule " + oneLine(rule.path),
-                                     "it has no condition: no mail matches it",
-                                     "add conditions, or delete the rule",
-                                     {rule.path}});
-            for (size_t i = 0; i < rule.conditions.size(); ++i)
-                lookAt(rule, i);
+                add(Severity::Warning, "no-conditions", "it has no condition: no mail matches it",
+                    "add conditions, or delete the rule");
+            for (size_t i = 0; i < rule.conditions.size(); ++i) {
+                _place = conditionText(rule.path, i);
+                lookAt(rule.conditions[i], i);
+            }
         }
     }
 
 private:
-    void lookAt(const StoredRule& rule, size_t number) {
-        const StoredRule::Condition& condition = rule.conditions[number];
-        const std::string place = conditionText(rule.path, number);
-        if (condition.sender.empty() && condition.receiver.empty()) {
-            _findings.push_back({Severity::Error,
-                                 "unreadable-condition",
-                                 place,
-                                 "what is stored cannot be read as a condition, and matches empty addresses alone",
-                                 "delete it, and write it anew",
-                                 {rule.path}});
-            return;
-        }
-        lookAtSide(rule, place, "sender", condition.sender);
-        lookAtSide(rule, place, "receiver", condition.receiver);
+    void lookAt(const StoredRule::Condition& condition, size_t index) {
+        if (!condition.isReadable && index > 0)
+            return addUnreadable("what is stored cannot be read, and counts as condition " + std::to_string(index) +
+                                 " once more");
+        if (!condition.isReadable) return addUnreadable("what is stored cannot be read, and counts as two empty sides");
+        if (condition.sender.empty() && condition.receiver.empty())
+            return addUnreadable("both sides are empty, or too long, and it matches empty addresses alone");
+        lookAtSide("sender", condition.sender);
+        lookAtSide("receiver", condition.receiver);
     }
 
-    void lookAtSide(const StoredRule& rule, const std::string& place, const std::string& side,
-                    const std::string& text) {
+    void lookAtSide(const std::string& side, const std::string& text) {
         const std::optional<std::string> name = listAskedFor(text);
-        if (name) return lookAtReference(rule, place, side, text, *name);
+        if (name) return lookAtReference(side, text, *name);
         if (ZxPolCondWildcardPattern::isPatternValid(text.c_str())) return;
-        _findings.push_back({Severity::Warning,
-                             "invalid-pattern",
-                             place,
-                             "the " + side + " " + inQuotes(text) + " is no pattern that the library would take",
-                             "correct it: an address, *, name@*, *@domain, or with *.domain or [*] for the domain",
-                             {rule.path}});
+        add(Severity::Warning, "invalid-pattern",
+            "the " + side + " " + inQuotes(text) + " is no pattern that the library would take",
+            "correct it: an address, *, name@*, *@domain, or with *.domain or [*] for the domain");
     }
 
-    void lookAtReference(const StoredRule& rule, const std::string& place, const std::string& side,
-                         const std::string& text, const std::string& name) {
-        const std::string consequence = rule.path == "\\"
-                                            ? "; a mail that gets to this condition cannot be matched at all"
-                                            : "; a mail that gets to this condition passes over the rule";
+    void lookAtReference(const std::string& side, const std::string& text, const std::string& name) {
         if (text.back() != ')' || text.size() < 3)
-            _findings.push_back(
-                {Severity::Warning,
-                 "invalid-pattern",
-                 place,
-                 "the " + side + " " + inQuotes(text) + " is taken for a reference to " + listText(name),
-                 "write the name of a list between parentheses",
-                 {rule.path}});
+            add(Severity::Warning, "invalid-pattern",
+                "the " + side + " " + inQuotes(text) + " is taken for a reference to " + listText(name),
+                "write the name of a list between parentheses");
+        const std::string what = "the " + side + " names " + listText(name) + ", ";
+        const std::string consequence = _rule == "\\" ? "; a mail that gets to this condition cannot be matched at all"
+                                                      : "; a mail that gets to this condition passes over the rule";
         const ConditionList& list = _stored.lists.at(name);
-        if (list.isDirectory) {
-            _findings.push_back({Severity::Error,
-                                 "directory-list",
-                                 place,
-                                 "the " + side + " names " + listText(name) +
-                                     ", a directory list, which matching cannot look into" + consequence,
-                                 "name a list whose addresses are in the store",
-                                 {rule.path}});
-        } else if (ZX_FAILURE(list.failure)) {
-            _findings.push_back({Severity::Error,
-                                 "missing-list",
-                                 place,
-                                 "the " + side + " names " + listText(name) + ", which " +
-                                     (hasReason(list.failure, kReasonNotFound)
-                                          ? std::string("does not exist")
-                                          : std::string("cannot be opened (") + resultName(list.failure) + ")") +
-                                     consequence,
-                                 "make the list, or correct the name; letter case counts",
-                                 {rule.path}});
-        } else if (list.entries.empty() && _empty.insert(name).second) {
-            _findings.push_back({Severity::Warning,
-                                 "empty-list",
-                                 place,
-                                 "the " + side + " names " + listText(name) + ", which is empty and matches nothing",
-                                 "add addresses, or remove the condition",
-                                 {rule.path}});
-        }
+        if (list.isDirectory)
+            add(Severity::Error, "directory-list",
+                what + "a directory list, which matching cannot look into" + consequence,
+                "name a list whose addresses are in the store");
+        else if (ZX_FAILURE(list.failure))
+            add(Severity::Error, "missing-list",
+                what + "which " +
+                    (hasReason(list.failure, kReasonNotFound)
+                         ? "does not exist"
+                         : "cannot be opened (" + std::string(resultName(list.failure)) + ")") +
+                    consequence,
+                "make the list, or correct the name; letter case counts");
+        else if (list.entries.empty() && _empty.insert(name).second)
+            add(Severity::Warning, "empty-list", what + "which is empty and matches nothing",
+                "add addresses, or remove the condition");
+    }
+
+    void addUnreadable(const std::string& text) {
+        add(Severity::Error, "unreadable-condition", text, "delete it, and write it anew");
+    }
+
+    void add(Severity severity, const char* id, const std::string& text, const std::string& remedy) {
+        _findings.push_back({severity, id, _place, text, remedy, {_rule}});
     }
 
     const StoredRules& _stored;
     std::vector<Finding>& _findings;
     std::set<std::string> _empty;
+    std::string _rule;
+    std::string _place;
 };
 
 }  // namespace

@@ -54,23 +54,45 @@ private:
                isNeverLarger(_space.receivers(), narrow.receiver, wide.receiver);
     }
 
-    // Of conditions that cover each other the first one stays.
+    // Whether a condition may fail on a mail that another one matches. The receiver is looked at first.
+    bool mayFail(const ClassCondition& condition, const ClassCondition& matching) const {
+        if (canBeCompared(condition)) return false;
+        if (condition.receiver == ClassCondition::kFails) return true;
+        ClassBits receivers = _space.receivers().matching(condition.receiver);
+        receivers &= _space.receivers().matching(matching.receiver);
+        return !receivers.isEmpty();
+    }
+
+    // Whether the rule would match the same mails without the one condition, for the other's sake. Of conditions that
+    // cover each other the first one stays.
+    bool isCovered(const std::vector<ClassCondition>& conditions, size_t index, size_t other) const {
+        const ClassCondition& narrow = conditions[index];
+        if (other == index || !canBeCompared(conditions[other]) || !covers(conditions[other], narrow)) return false;
+        if (other < index) return true;
+        // First match goes no further than to the first condition that matches, or fails.
+        const auto first = conditions.begin();
+        return !covers(narrow, conditions[other]) &&
+               std::none_of(first + static_cast<std::ptrdiff_t>(index), first + static_cast<std::ptrdiff_t>(other),
+                            [&](const ClassCondition& between) { return mayFail(between, narrow); });
+    }
+
     void lookAtSiblings(const StoredRule& rule, const std::vector<ClassCondition>& conditions, size_t index) {
-        for (size_t other = 0; other < conditions.size(); ++other) {
-            if (other == index || !canBeCompared(conditions[other]) || !covers(conditions[other], conditions[index]))
-                continue;
-            if (other > index && covers(conditions[index], conditions[other])) continue;
-            const bool isIdle = outweighs(conditions[other], conditions[index]);
-            _findings.push_back({isIdle ? Severity::Warning : Severity::Note,
-                                 "covered-condition",
-                                 conditionText(rule.path, index),
-                                 "condition " + std::to_string(other + 1) +
-                                     " of the rule matches every mail that it matches" +
-                                     (isIdle ? "" : "; only in best match it makes the rule weigh more"),
-                                 isIdle ? "remove it" : "remove it, unless best match is used and the weight is meant",
-                                 {rule.path}});
-            return;
+        std::optional<size_t> cover;
+        bool isIdle = false;
+        for (size_t other = 0; other < conditions.size() && !isIdle; ++other) {
+            if (!isCovered(conditions, index, other)) continue;
+            isIdle = outweighs(conditions[other], conditions[index]);
+            if (!cover || isIdle) cover = other;
         }
+        if (!cover) return;
+        _findings.push_back({isIdle ? Severity::Warning : Severity::Note,
+                             "covered-condition",
+                             conditionText(rule.path, index),
+                             "condition " + std::to_string(*cover + 1) +
+                                 " of the rule matches every mail that it matches" +
+                                 (isIdle ? "" : "; in best match it may make the rule weigh more"),
+                             isIdle ? "remove it" : "remove it, unless best match is used and the weight is meant",
+                             {rule.path}});
     }
 
     void lookAtParent(const StoredRule& rule, const ClassCondition& condition, size_t index) {
@@ -91,7 +113,7 @@ private:
                              "outside-parent",
                              conditionText(rule.path, index),
                              "it matches mails that no condition of rule " + oneLine(parent.path) +
-                                 " matches: first match gives them to this rule, best match does not",
+                                 " matches: first match may give them to this rule, best match never does",
                              "narrow it, or widen the conditions above",
                              {rule.path, parent.path},
                              outside});

@@ -71,8 +71,10 @@ private:
             const Decision decision = matcher.decide({mail.sender, {mail.receiver}});
             if (decision.matches.size() == 1 && decision.matches.front().path == rule) return;
         } catch (const StoreError& failure) {
-            const bool isKnown = !findings.empty() && findings.back().id == std::string("failing-match") &&
-                                 findings.back().rules.front() == rule;
+            // The other mode may have met it already.
+            const bool isKnown = std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
+                return finding.id == std::string("failing-match") && finding.rules.front() == rule;
+            });
             if (!isKnown)
                 findings.push_back({Severity::Error,
                                     "failing-match",

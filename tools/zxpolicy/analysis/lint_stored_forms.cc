@@ -26,13 +26,11 @@ struct Sequence {
             if (count > 1) return std::to_string(number);
         return "";
     }
-    // The first number that is not there although a larger one is.
+    // The first number from 1 on that is not there although a larger one is.
     std::string gap() const {
         uint32_t expected = 1;
-        for (const auto& [number, count] : counts) {
-            if (number != expected) return std::to_string(expected);
-            ++expected;
-        }
+        for (auto place = counts.lower_bound(expected); place != counts.end(); ++place, ++expected)
+            if (place->first != expected) return std::to_string(expected);
         return "";
     }
 };
@@ -50,11 +48,16 @@ public:
             const auto order = std::find_if(values.begin(), values.end(), [](const RawValue& value) {
                 return value.name == "order" && value.type == ZXREG_NUMBER;
             });
-            if (order != values.end())
-                positions.add(numberOf(*order));
-            else
+            // A position of 31 bits and more is a negative number.
+            if (order == values.end() || numberOf(*order) > INT32_MAX) {
                 add(Severity::Error, "missing-position", what, inQuotes(name) + " has no position: nothing sees it",
                     "write its value \"order\", or delete its key", rule);
+                continue;
+            }
+            positions.add(numberOf(*order));
+            if (numberOf(*order) == 0)
+                add(Severity::Note, "bad-position", what,
+                    inQuotes(name) + " has position 0: it comes first, and positions begin with 1", kApply, rule);
         }
         if (const std::string number = positions.doubled(); !number.empty())
             add(Severity::Warning, "doubled-position", what,
@@ -72,11 +75,12 @@ public:
         for (const std::string& name : rawValueNames(opened.get())) {
             if (!isNumbered(name, prefix)) continue;
             const std::string digits = name.substr(prefix.size());
-            if (digits.empty() || digits.size() > 9)
-                add(Severity::Warning, "bad-number", what, "the value " + inQuotes(name) + " has no usable number",
-                    kApply, rule);
+            const unsigned long number = digits.empty() || digits.size() > 9 ? 0 : std::stoul(digits);
+            if (number == 0)
+                add(Severity::Warning, "bad-number", what,
+                    "the value " + inQuotes(name) + " has no usable number: numbers begin with 1", kApply, rule);
             else
-                numbers.add(static_cast<uint32_t>(std::stoul(digits)));
+                numbers.add(static_cast<uint32_t>(number));
         }
         if (const std::string number = numbers.doubled(); !number.empty())
             add(Severity::Warning, "doubled-number", what, "number " + number + " is there more than once", kApply,

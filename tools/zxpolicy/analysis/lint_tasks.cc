@@ -1,6 +1,7 @@
 // Tasks that nothing comes of, inactive marks that change nothing, and what outcomes and exclusive filters name.
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 
 #include "analysis/lint.h"
@@ -21,18 +22,18 @@ namespace tool {
 namespace {
 
 struct TaskFacts {
-    std::string name;  // in full
-    uint32_t rule;     // that has it
-    uint32_t filter = 0;
+    std::string name;                // in full
+    uint32_t rule;                   // that has it
+    std::optional<uint32_t> filter;  // none is of no exclusive type
     bool isEnabled = true;
     bool isOverridable = false;
 };
 
-// A number of a task, or what matching takes it for where it is none.
-uint32_t numberIn(const std::vector<RawValue>& values, const char* name, uint32_t otherwise) {
+// A number of a task, if it has it.
+std::optional<uint32_t> numberIn(const std::vector<RawValue>& values, const char* name) {
     for (const RawValue& value : values)
         if (value.name == name && value.type == ZXREG_NUMBER) return numberOf(value);
-    return otherwise;
+    return std::nullopt;
 }
 
 class Tasks {
@@ -61,9 +62,11 @@ private:
         for (const std::string& name : rawSubkeys(tasks.get())) {
             const std::vector<RawValue> values = rawValues(openRawKey(tasks.get(), name).get());
             // Without a position nobody sees it, which is a finding of its own.
-            if (numberIn(values, "order", UINT32_MAX) == UINT32_MAX) continue;
-            _tasks.push_back({childName(path(rule), name), rule, numberIn(values, "filter", 0),
-                              numberIn(values, "enable", 1) != 0, numberIn(values, "overridable", 0) != 0});
+            if (numberIn(values, "order").value_or(UINT32_MAX) > INT32_MAX) continue;
+            // Matching takes a task for enabled, and for not overridable, where it does not say.
+            _tasks.push_back({childName(path(rule), name), rule, numberIn(values, "filter"),
+                              numberIn(values, "enable").value_or(1) != 0,
+                              numberIn(values, "overridable").value_or(0) != 0});
         }
     }
 
@@ -171,14 +174,24 @@ private:
                     instead.insert(other.name);
         }
         if (!isSeen) return;
-        if (!isActive)
-            return add(Severity::Note, "never-active", "task " + oneLine(task.name),
-                       "inactive marks switch it off for every mail", "remove a mark, or the task", {path(task.rule)});
-        std::string text = "for every mail the exclusive filter " + std::to_string(task.filter) + " leaves it out";
+        if (!isActive) return addNeverActive(task);
+        if (!task.filter) return;
+        std::string text = "for every mail the exclusive filter " + std::to_string(*task.filter) + " leaves it out";
         for (const std::string& name : instead)
             text += (name == *instead.begin() ? " in favour of " : ", ") + oneLine(name);
         add(Severity::Warning, "dropped-task", "task " + oneLine(task.name), text,
             "give it another filter type, or remove it", {path(task.rule)});
+    }
+
+    void addNeverActive(const TaskFacts& task) {
+        const bool isTooLong = task.name.size() >= ZXPOL_NAME_SIZE;
+        const std::string text = isTooLong ? "its full name is " + counted(task.name.size(), "byte") +
+                                                 " long, and one of more than " + grouped(ZXPOL_NAME_SIZE - 1) +
+                                                 " switches a task off for every mail"
+                                           : "inactive marks switch it off for every mail";
+        add(isTooLong ? Severity::Warning : Severity::Note, "never-active", "task " + oneLine(task.name), text,
+            isTooLong ? "shorten its name, or those of the rules above it" : "remove a mark, or the task",
+            {path(task.rule)});
     }
 
     void lookAtFilters() {

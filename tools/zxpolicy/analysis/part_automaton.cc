@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <unordered_map>
 
+#include "analysis/analysis_limit.h"
 #include "pattern/ascii.h"
 #include "pattern/wildcard_pattern.h"
 
@@ -44,17 +46,22 @@ std::vector<std::string> piecesOf(const std::string& segment) {
     return pieces;
 }
 
+// All characters of texts but the dot and upper-case letters, those first that people like to see. Blanks, which do not
+// count at the ends of a text, come last.
+std::string allCharacters() {
+    std::string all = "xyzwqkvjhugpfblmcdrnstioae0123456789-_!#$%&'+/=?^`{|}~,;()<>[]";
+    for (int c = 128; c < 256; ++c)
+        all.push_back(static_cast<char>(c));
+    all += ":\\*@\"\x7f";
+    for (char c = 1; c < ' '; ++c)
+        if (!isBlank(c)) all.push_back(c);
+    return all += " \t\n";
+}
+
 // A character that no pattern names, or NUL when they name all.
 char otherCharacter(const std::set<char>& named) {
-    const std::string preferred = "xyzwqkvjhugpfblmcdrnstioae0123456789-_";
-    for (char c : preferred)
+    for (char c : allCharacters())
         if (named.count(c) == 0) return c;
-    const std::string avoided = " \t\n\v\f\r.@:\"\\*[](),;<>";
-    for (int c = 33; c < 256; ++c) {
-        const char candidate = static_cast<char>(c);
-        const bool isUpper = c >= 'A' && c <= 'Z';
-        if (!isUpper && avoided.find(candidate) == std::string::npos && named.count(candidate) == 0) return candidate;
-    }
     return '\0';
 }
 
@@ -65,13 +72,14 @@ struct PartAutomaton::State {
     uint32_t labels = 1;
     bool isCut = false;  // fifty labels have been read, and what follows does not count
     bool endsInBlank = false;
+    bool endsInQuote = false;  // one behind no backslash
     uint32_t parent = kNoParent;
     uint32_t length = 0;
     char c = '\0';
 };
 
-PartAutomaton::PartAutomaton(std::vector<const PartPattern*> patterns, size_t maxLength)
-    : _patterns(std::move(patterns)), _maxLength(maxLength) {
+PartAutomaton::PartAutomaton(std::vector<const PartPattern*> patterns, AddressPart part)
+    : _patterns(std::move(patterns)), _part(part) {
     bool hasWhole = false;
     for (const PartPattern* pattern : _patterns) {
         compile(*pattern);
@@ -81,6 +89,8 @@ PartAutomaton::PartAutomaton(std::vector<const PartPattern*> patterns, size_t ma
     // Only a domain literal, or a blank, can tell a text from its first fifty labels.
     const bool hasBlank = std::any_of(_alphabet.begin(), _alphabet.end(), isBlank);
     _countsLabels = hasWhole || hasBlank;
+    const auto has = [&](char c) { return _alphabet.find(c) != std::string::npos; };
+    _looksAtQuotes = part == AddressPart::Name && has('"') && has('@');
 }
 
 // ---- the automaton ----------------------------------------------------------------------------------------
@@ -198,6 +208,7 @@ void PartAutomaton::step(const State& from, char c, State& to) const {
     to.labels = from.labels;
     to.isCut = from.isCut;
     to.endsInBlank = isBlank(c);
+    to.endsInQuote = c == '"' && from.c != '\\';
     if (c == '.' && !to.isCut) {
         if (to.labels == kMaxLabels)
             to.isCut = true;
@@ -229,7 +240,7 @@ PartAutomaton::Bits PartAutomaton::matched(const State& state) const {
 // All states that texts lead to, in the order of the length of the shortest.
 struct PartAutomaton::Search {
     const PartAutomaton& automaton;
-    const std::set<std::string>& avoided;
+    const IsAvoided& isAvoided;
     std::vector<State> states;
     std::unordered_map<std::string, uint32_t> places;
     std::map<Bits, std::string> found;
@@ -247,9 +258,11 @@ struct PartAutomaton::Search {
 
 private:
     void extend(uint32_t place) {
-        if (states[place].length == automaton._maxLength) return;
+        if (states[place].length == longestText(automaton._part)) return;
         for (char c : automaton._alphabet) {
             if (isBlank(c) && states[place].length == 0) continue;
+            // There an address would be divided.
+            if (c == '@' && automaton._looksAtQuotes && states[place].endsInQuote) continue;
             State next;
             automaton.step(states[place], c, next);
             // Without a count of labels a text of too many has the same answer as its beginning.
@@ -263,6 +276,9 @@ private:
 
     void add(State&& state) {
         std::string key(reinterpret_cast<const char*>(state.nodes.data()), state.nodes.size() * sizeof(uint64_t));
+        // The empty text is one of its own, whatever follows it.
+        key.push_back(state.length == 0 ? 1 : 0);
+        if (automaton._looksAtQuotes) key.push_back(state.c == '\\' ? 2 : state.endsInQuote ? 1 : 0);
         if (automaton._countsLabels) {
             key.push_back(static_cast<char>(state.labels));
             key.push_back(static_cast<char>((state.isCut ? 2 : 0) | (state.endsInBlank ? 1 : 0)));
@@ -280,7 +296,7 @@ private:
         const Bits bits = automaton.matched(state);
         if (found.count(bits) != 0) return;
         std::string text = textOf(place);
-        if (avoided.count(text) == 0) {
+        if (!isAvoided(text)) {
             missed.erase(bits);
             found.emplace(bits, std::move(text));
         } else {
@@ -297,15 +313,15 @@ private:
     }
 };
 
-std::vector<std::string> PartAutomaton::findTexts(const std::set<std::string>& avoided) const {
+std::vector<std::string> PartAutomaton::findTexts(const IsAvoided& isAvoided) const {
     // A text to be avoided may hide others behind it: as a pattern of its own it does not.
     std::vector<PartPattern> hiding;
     for (int round = 0; round < kMaxRounds; ++round) {
         std::vector<const PartPattern*> patterns = _patterns;
         for (const PartPattern& pattern : hiding)
             patterns.push_back(&pattern);
-        const PartAutomaton automaton(std::move(patterns), _maxLength);
-        Search search{automaton, avoided, {}, {}, {}, {}};
+        const PartAutomaton automaton(std::move(patterns), _part);
+        Search search{automaton, isAvoided, {}, {}, {}, {}};
         search.run();
         std::vector<PartPattern> more;
         for (const auto& [bits, text] : search.missed) {

@@ -2,20 +2,13 @@
 #pragma once
 
 #include <cstdint>
-#include <set>
-#include <stdexcept>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "analysis/part_pattern.h"
 
 namespace tool {
-
-// There are more combinations than can be looked at.
-class AnalysisLimit : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 /*
  * Reads all texts at once, character by character: the patterns become one automaton, and each of its states that can
@@ -24,12 +17,14 @@ public:
  */
 class PartAutomaton {
 public:
-    // The patterns stay the caller's. No text is longer than `maxLength`.
-    PartAutomaton(std::vector<const PartPattern*> patterns, size_t maxLength);
+    using IsAvoided = std::function<bool(const std::string&)>;
 
-    // One text for each set of the patterns that some text matches exactly, texts in `avoided` left out, and blank
+    // The patterns stay the caller's.
+    PartAutomaton(std::vector<const PartPattern*> patterns, AddressPart part);
+
+    // One text for each set of the patterns that some text matches exactly, texts to be avoided left out, and blank
     // ones. Throws an AnalysisLimit.
-    std::vector<std::string> findTexts(const std::set<std::string>& avoided) const;
+    std::vector<std::string> findTexts(const IsAvoided& isAvoided) const;
 
 private:
     using Bits = std::vector<uint64_t>;
@@ -51,13 +46,14 @@ private:
     Bits matched(const State& state) const;
 
     std::vector<const PartPattern*> _patterns;
-    size_t _maxLength;
+    AddressPart _part;
     std::vector<std::vector<Edge>> _nodes;
     std::vector<bool> _isWholeNode;                 // nodes of patterns that dots do not divide
     std::vector<std::vector<uint32_t>> _accepting;  // by pattern: it matches where all of these are active
     std::vector<uint32_t> _starts;
     std::string _alphabet;
     bool _countsLabels = false;
+    bool _looksAtQuotes = false;
 };
 
 }  // namespace tool

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "pattern/ascii.h"
+#include "pattern/cond_wildcard_pattern.h"
 #include "pattern/wildcard_pattern.h"
 #include "text.h"
 
@@ -39,6 +40,10 @@ PartPattern partPattern(const char* text, bool isWhole) {
 }
 
 }  // namespace
+
+size_t longestText(AddressPart part) {
+    return part == AddressPart::Name ? ZxPolCondWildcardPattern::maxName : ZxPolCondWildcardPattern::maxDomain;
+}
 
 PartPattern localPartPattern(const char* text) {
     return partPattern(text, false);

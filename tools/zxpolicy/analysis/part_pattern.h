@@ -7,6 +7,12 @@
 
 namespace tool {
 
+// The parts of an address.
+enum class AddressPart { Name, Domain };
+
+// The characters of a part that are kept; patterns and addresses are cut to them.
+size_t longestText(AddressPart part);
+
 // A pattern for one part, sorted by what deciding on it takes.
 struct PartPattern {
     enum class Form {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "analysis/address_spelling.h"
+#include "analysis/analysis_limit.h"
 #include "analysis/part_automaton.h"
 
 namespace tool {
@@ -10,6 +12,9 @@ namespace {
 
 // A label that no pattern names.
 constexpr const char* kNewLabel = "\x01";
+
+// The characters that a text should have left for a name.
+constexpr size_t kRoomForName = 24;
 
 }  // namespace
 
@@ -76,22 +81,35 @@ std::vector<PartWord> PartWords::words() const {
     return words;
 }
 
+// Whether an address can have the text; every text can be its domain.
+bool PartWords::isPossible(const std::string& text) const {
+    return _part == AddressPart::Domain || isLocalPart(text);
+}
+
 // Adds a text that begins and ends as told, with something new to all patterns between, and that matches just the
-// patterns that are wanted.
+// patterns that are wanted; none when there is no such text.
 void PartWords::addFresh(std::vector<PartWord>& words, const std::string& before, const std::string& behind,
                          const std::vector<uint32_t>& wanted) const {
+    const size_t longest = longestText(_part);
+    const size_t frame = before.size() + behind.size();
+    if (frame > longest) return;
     const auto tryOne = [&](const std::string& middle) {
         std::string text = std::string(before).append(middle).append(behind);
-        if (text.size() > _maxLength || isKnown(text) || patternsOf(text) != wanted) return false;
+        if (text.size() > longest || isKnown(text) || patternsOf(text) != wanted || !isPossible(text)) return false;
         words.push_back({std::move(text), wanted, false});
         return true;
     };
     for (const std::string& middle : _fresh)
         if (tryOne(middle)) return;
+    if (tryOne("x")) return;
     // Each pattern and each known text can be in the way of one number.
-    if (before.size() + 1 + behind.size() > _maxLength || tryOne("x")) return;
     for (size_t i = 1; i <= _known.size() + _patterns.size(); ++i)
         if (tryOne("x" + std::to_string(i))) return;
+    // Beside the longest texts there is room for one character, or for none.
+    if (tryOne("")) return;
+    for (int c = 1; c < 256; ++c)
+        if (tryOne(std::string(1, static_cast<char>(c)))) return;
+    if (frame + 1 < longest) throw AnalysisLimit("too many addresses stand beside patterns for long domains");
 }
 
 /*
@@ -111,10 +129,12 @@ void PartWords::addRegular(std::vector<PartWord>& words) const {
         addBetween("", "." + suffix);
         if (!_hasBrackets) continue;
         addBetween("[", "." + suffix);
+        // Where there is no room for letters, the labels are empty.
+        const size_t count = kMaxLabels - 2 - static_cast<size_t>(std::count(suffix.begin(), suffix.end(), '.'));
+        const std::string label = 2 * count + suffix.size() + kRoomForName < longestText(_part) ? "x." : ".";
         std::string labels = "[";
-        for (auto count = std::count(suffix.begin(), suffix.end(), '.') + 2; count < static_cast<long>(kMaxLabels);
-             ++count)
-            labels += "x.";
+        for (size_t i = 0; i < count; ++i)
+            labels += label;
         addBetween(labels, "." + suffix + ".]");
     }
 }
@@ -124,10 +144,13 @@ void PartWords::addIrregular(std::vector<PartWord>& words) const {
     for (const PartPattern& pattern : _patterns)
         if (pattern.form != PartPattern::Form::Literal && pattern.form != PartPattern::Form::Everything)
             patterns.push_back(&pattern);
-    for (std::string& text : PartAutomaton(std::move(patterns), _maxLength).findTexts(_known)) {
+    const auto isAvoided = [this](const std::string& text) { return _known.count(text) != 0 || !isPossible(text); };
+    for (std::string& text : PartAutomaton(std::move(patterns), _part).findTexts(isAvoided)) {
         std::vector<uint32_t> matching = patternsOf(text);
         words.push_back({std::move(text), std::move(matching), false});
     }
+    // Blanks alone may be the only text that no pattern matches.
+    words.push_back({" ", patternsOf(" "), false});
 }
 
 }  // namespace tool

@@ -20,12 +20,12 @@ struct PartWord {
 
 /*
  * The patterns for one part, local part or domain, each once. Its words are enough: every text matches the same
- * patterns as some word that is not known, or is known itself.
+ * patterns as some word that is not known, or is known itself. A local part that no address can have is no text.
  */
 class PartWords {
 public:
-    // No text is longer than `maxLength`; `fresh` are texts to show for what has no name of its own.
-    PartWords(size_t maxLength, std::vector<std::string> fresh) : _maxLength(maxLength), _fresh(std::move(fresh)) {}
+    // `fresh` are texts to show for what has no name of its own.
+    PartWords(AddressPart part, std::vector<std::string> fresh) : _part(part), _fresh(std::move(fresh)) {}
 
     // The number of a pattern, which is kept.
     uint32_t add(const PartPattern& pattern);
@@ -47,8 +47,9 @@ private:
     void addRegular(std::vector<PartWord>& words) const;
     void addIrregular(std::vector<PartWord>& words) const;
     bool isKnown(const std::string& text) const { return _known.count(comparedText(text)) != 0; }
+    bool isPossible(const std::string& text) const;
 
-    size_t _maxLength;
+    AddressPart _part;
     std::vector<std::string> _fresh;
     std::vector<PartPattern> _patterns;
     std::unordered_map<std::string, uint32_t> _places;

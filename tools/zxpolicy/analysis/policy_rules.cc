@@ -1,5 +1,6 @@
 #include "analysis/policy_rules.h"
 
+#include <cstring>
 #include <memory>
 #include <optional>
 
@@ -18,13 +19,20 @@ namespace {
 // before it where it was.
 std::vector<StoredRule::Condition> conditionsOf(const RuleHandle& rule) {
     std::vector<StoredRule::Condition> conditions;
-    _ZxPolAddrPairCond pair{};
     for (uint32_t index = 0;; ++index) {
+        _ZxPolAddrPairCond pair;
+        // Sides without an end are nobody's.
+        std::memset(&pair, 'x', sizeof pair);
         uint32_t size = sizeof pair;
         int result = ZXPOL_S_OK;
         zxpol_enumCondition(rule.get(), index, reinterpret_cast<unsigned char*>(&pair), &size, &result);
         if (ZX_FAILURE(result)) return conditions;
-        conditions.push_back({pair.sender, pair.receiver});
+        if (std::memchr(pair.sender, '\0', sizeof pair.sender) != nullptr) {
+            conditions.push_back({pair.sender, pair.receiver});
+        } else {
+            conditions.push_back(conditions.empty() ? StoredRule::Condition{} : conditions.back());
+            conditions.back().isReadable = false;
+        }
     }
 }
 

@@ -16,6 +16,7 @@ struct StoredRule {
     struct Condition {
         std::string sender;
         std::string receiver;
+        bool isReadable = true;  // else its text is none, and the sides are those of the condition before
     };
 
     std::string path;
