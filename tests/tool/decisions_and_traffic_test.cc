@@ -83,8 +83,9 @@ protected:
             const std::set<Rules> told = rulesIn(expected);
             for (const Rules& rules : rulesIn(changesOfTraffic(before, after, match, allSmallMails())))
                 EXPECT_EQ(told.count(rules), 1U) << rules.first << " -> " << rules.second;
-        } catch (const StoreError&) {
-            EXPECT_TRUE(hasFailure(before) || hasFailure(after));
+        } catch (const StoreError& error) {
+            SCOPED_TRACE(error.what());
+            EXPECT_TRUE(hasFailure(before, match) || hasFailure(after, match));
             return;
         }
         if (expected.empty())
@@ -136,9 +137,9 @@ private:
         return changes;
     }
 
-    static bool hasFailure(const Store& store) {
+    static bool hasFailure(const Store& store, const MatchOptions& match) {
         for (const std::string& sender : smallAddresses())
-            for (const std::string& decision : libraryDecisions(store, {}, sender, smallAddresses()))
+            for (const std::string& decision : libraryDecisions(store, match, sender, smallAddresses()))
                 if (decision == "!") return true;
         return false;
     }
@@ -154,10 +155,7 @@ TEST_F(DecisionsAndTrafficTest, SayTheSame) {
         const SmallPolicy before(seed, kind);
         SmallPolicy after(seed % 2 == 0 ? seed : seed + 1000000, kind);
         after.change(seed);
-        MatchOptions match;
-        match.isBest = seed % 2 != 0;
-        match.priority = static_cast<ZxPolMatchPriorityType>(seed / 2 % 3);
-        match.weight = static_cast<ZxPolMatchWeightType>(seed / 6 % 2);
+        const MatchOptions match = optionsOf(seed);
         check(before.store(), after.store(), match);
         check(after.store(), before.store(), match);
     }
