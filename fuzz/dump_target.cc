@@ -7,10 +7,10 @@
 
 #include "bytes.h"
 #include "fail.h"
+#include "policy/policy_reader.h"
+#include "policy/policy_writer.h"
 #include "policy_checks.h"
-#include "policy_reader.h"
-#include "policy_store_reader.h"
-#include "policy_writer.h"
+#include "stored/policy_store_reader.h"
 #include "support/store_dump.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // The command line's reader of mails beside a slow one. An input is the file.
-#include "envelope_reader.h"
+#include "decisions/envelope_reader.h"
 
 #include <string>
 #include <vector>

@@ -1,11 +1,11 @@
 #include "policy_checks.h"
 
 #include "addrlist/normal_addr_list.h"
-#include "apply.h"
+#include "change/apply.h"
 #include "fail.h"
-#include "policy_reader.h"
-#include "policy_store_reader.h"
-#include "policy_writer.h"
+#include "policy/policy_reader.h"
+#include "policy/policy_writer.h"
+#include "stored/policy_store_reader.h"
 #include "support/store_dump.h"
 
 namespace fuzz {

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "policy_file.h"
-#include "store.h"
+#include "policy/policy_file.h"
+#include "stored/store.h"
 #include "tool_error.h"
 
 namespace fuzz {

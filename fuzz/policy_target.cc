@@ -5,10 +5,10 @@
 
 #include "bytes.h"
 #include "fail.h"
+#include "policy/policy_reader.h"
+#include "policy/policy_references.h"
+#include "policy/policy_writer.h"
 #include "policy_checks.h"
-#include "policy_reader.h"
-#include "policy_references.h"
-#include "policy_writer.h"
 
 namespace {
 

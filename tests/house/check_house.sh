@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Checks the tree at $1: no promises left in code, no disabled tests, no path of the machine that it was written on,
-# and every top-level folder in the README's map, which names none that is gone. Prints what is wrong.
+# every top-level folder in the README's map, which names none that is gone, and no folder of the tool that includes from
+# one above it. Prints what is wrong.
 set -euo pipefail
 cd "$1"
 wrong=0
@@ -36,6 +37,18 @@ map=$(sed -n 's/^| `\([^`/]*\)\/[^`]*`.*/\1/p' README.md | sort -u)
 folders=$(files | sed -n 's|/.*||p' | sort -u | while read -r name; do [[ ! -d $name ]] || echo "$name"; done)
 difference=$(diff <(printf '%s\n' "$map") <(printf '%s\n' "$folders") || true)
 [[ -z $difference ]] || complain "README.md's map (<) and the folders that exist (>) differ:" "$difference"
+
+# The folders of the tool include only from those that stand before them in docs/architecture.md.
+tool=tools/zxpolicy later=()
+mapfile -t order < <(sed -n "s,^| \`$tool/\([a-z]*\)/\` |.*,\1,p" docs/architecture.md | tac)
+((${#order[@]} > 1)) || complain "docs/architecture.md does not name the folders of $tool"
+for folder in "${order[@]}"; do
+    for name in "${later[@]}"; do
+        hits=$(grep -rn "#include \"$name/" "$tool/$folder" || true)
+        [[ -z $hits ]] || complain "$tool/$folder includes from a folder above it:" "$hits"
+    done
+    later+=("$folder")
+done
 
 for file in README.md quickstart run-tests run-bench scripts/setup .ci/run; do
     [[ -s $file ]] || complain "$file is missing or empty"

@@ -3,8 +3,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "raw_key.h"
-#include "store.h"
+#include "stored/raw_key.h"
+#include "stored/store.h"
 #include "tool_fixture.h"
 
 namespace tool {

@@ -2,7 +2,7 @@
 
 #include <sys/stat.h>
 
-#include "handles.h"
+#include "stored/handles.h"
 #include "tool_fixture.h"
 
 namespace tool {

@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 
-#include "apply.h"
-#include "handles.h"
-#include "policy_reader.h"
-#include "policy_store_reader.h"
+#include "change/apply.h"
+#include "policy/policy_reader.h"
+#include "stored/handles.h"
+#include "stored/policy_store_reader.h"
 #include "tool_fixture.h"
 
 namespace tool {

@@ -8,10 +8,10 @@
 #include <sstream>
 
 #include "../support/experiment.h"
-#include "diff_decisions.h"
-#include "replay_command.h"
-#include "rule_tasks.h"
+#include "analysis/diff_decisions.h"
+#include "decisions/replay_command.h"
 #include "small_policy.h"
+#include "stored/rule_tasks.h"
 #include "tool_fixture.h"
 
 namespace tool {

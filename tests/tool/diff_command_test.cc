@@ -3,9 +3,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include "apply.h"
+#include "change/apply.h"
+#include "difference/policy_diff.h"
 #include "edit_fixture.h"
-#include "policy_diff.h"
 #include "random_policy.h"
 
 namespace tool {

@@ -1,5 +1,5 @@
 // diff --decisions: what is printed of two policies compared on all mails.
-#include "diff_decisions.h"
+#include "analysis/diff_decisions.h"
 
 #include <gmock/gmock.h>
 

@@ -9,7 +9,7 @@
 #include <sstream>
 
 #include "command_line.h"
-#include "store.h"
+#include "stored/store.h"
 #include "tool_error.h"
 #include "tool_fixture.h"
 

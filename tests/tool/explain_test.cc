@@ -5,10 +5,10 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "colours.h"
+#include "output/colours.h"
+#include "output/statements.h"
+#include "output/text.h"
 #include "result_names.h"
-#include "statements.h"
-#include "text.h"
 #include "tool_fixture.h"
 #include "zxpolicy.h"
 

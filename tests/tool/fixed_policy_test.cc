@@ -1,12 +1,12 @@
-#include "fixed_policy.h"
+#include "decisions/fixed_policy.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "apply.h"
-#include "policy_store_reader.h"
+#include "change/apply.h"
 #include "random_policy.h"
+#include "stored/policy_store_reader.h"
 #include "tool_fixture.h"
 
 namespace tool {

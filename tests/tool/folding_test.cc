@@ -1,11 +1,11 @@
 // Lines that are wider than a terminal.
-#include "folding.h"
+#include "output/folding.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "colours.h"
+#include "output/colours.h"
 
 namespace tool {
 

@@ -2,8 +2,8 @@
 // stands beside them, or bytes that are no UTF-8.
 #include <sstream>
 
-#include "json.h"
-#include "text.h"
+#include "output/json.h"
+#include "output/text.h"
 #include "tool_fixture.h"
 
 namespace tool {

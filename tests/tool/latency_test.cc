@@ -1,4 +1,4 @@
-#include "latency.h"
+#include "decisions/latency.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <functional>
 #include <set>
 
-#include "raw_key.h"
+#include "stored/raw_key.h"
 #include "tool_fixture.h"
 
 namespace tool {

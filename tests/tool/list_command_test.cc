@@ -5,9 +5,9 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "handles.h"
-#include "list_commands.h"
-#include "store.h"
+#include "lists/list_commands.h"
+#include "stored/handles.h"
+#include "stored/store.h"
 #include "tool_fixture.h"
 
 namespace tool {

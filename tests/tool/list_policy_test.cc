@@ -1,12 +1,12 @@
 // Lists of addresses in policies: apply and dump.
 #include <gmock/gmock.h>
 
-#include "address_text.h"
-#include "apply.h"
-#include "handles.h"
-#include "policy_reader.h"
-#include "policy_store_reader.h"
-#include "policy_writer.h"
+#include "change/apply.h"
+#include "policy/address_text.h"
+#include "policy/policy_reader.h"
+#include "policy/policy_writer.h"
+#include "stored/handles.h"
+#include "stored/policy_store_reader.h"
 #include "tool_fixture.h"
 
 namespace tool {

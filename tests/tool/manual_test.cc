@@ -6,8 +6,8 @@
 #include <set>
 #include <sstream>
 
-#include "policy_keys.h"
-#include "policy_test_keys.h"
+#include "decisions/policy_test_keys.h"
+#include "policy/policy_keys.h"
 #include "tool_fixture.h"
 
 namespace tool {

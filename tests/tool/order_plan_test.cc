@@ -1,4 +1,4 @@
-#include "order_plan.h"
+#include "difference/order_plan.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Files that are written whole or not at all.
-#include "output_file.h"
+#include "output/output_file.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

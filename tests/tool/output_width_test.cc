@@ -3,7 +3,7 @@
 #include <set>
 #include <sstream>
 
-#include "text.h"
+#include "output/text.h"
 #include "tool_fixture.h"
 
 namespace tool {

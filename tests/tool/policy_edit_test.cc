@@ -4,13 +4,13 @@
 
 #include <sstream>
 
-#include "apply.h"
-#include "classification_commands.h"
-#include "dump_command.h"
+#include "change/apply.h"
+#include "change/classification_commands.h"
+#include "change/rule_commands.h"
 #include "edit_fixture.h"
-#include "policy_reader.h"
-#include "raw_key.h"
-#include "rule_commands.h"
+#include "policy/policy_reader.h"
+#include "stored/dump_command.h"
+#include "stored/raw_key.h"
 #include "support/fault_store.h"
 
 namespace tool {

@@ -1,9 +1,9 @@
 // How far long work is.
-#include "progress.h"
+#include "output/progress.h"
 
 #include <gmock/gmock.h>
 
-#include "text.h"
+#include "output/text.h"
 #include "tool_fixture.h"
 
 namespace tool {

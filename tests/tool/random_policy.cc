@@ -4,9 +4,9 @@
 #include <array>
 #include <set>
 
-#include "address_text.h"
-#include "policy_check.h"
-#include "text.h"
+#include "output/text.h"
+#include "policy/address_text.h"
+#include "policy/policy_check.h"
 
 namespace tool {
 

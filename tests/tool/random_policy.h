@@ -3,7 +3,7 @@
 
 #include <random>
 
-#include "policy_file.h"
+#include "policy/policy_file.h"
 
 namespace tool {
 

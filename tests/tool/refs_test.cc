@@ -2,10 +2,10 @@
 
 #include <sstream>
 
-#include "apply.h"
-#include "handles.h"
-#include "policy_reader.h"
-#include "refs_command.h"
+#include "change/apply.h"
+#include "policy/policy_reader.h"
+#include "stored/handles.h"
+#include "stored/refs_command.h"
 #include "tool_fixture.h"
 
 namespace tool {

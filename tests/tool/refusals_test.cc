@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "policy_reader.h"
+#include "policy/policy_reader.h"
 #include "tool_error.h"
 #include "tool_fixture.h"
 

@@ -7,11 +7,11 @@
 #include <sstream>
 #include <tuple>
 
-#include "apply.h"
-#include "policy_writer.h"
+#include "change/apply.h"
+#include "decisions/replay_command.h"
+#include "policy/policy_writer.h"
 #include "random_policy.h"
-#include "replay_command.h"
-#include "rule_tasks.h"
+#include "stored/rule_tasks.h"
 #include "tool_fixture.h"
 
 namespace tool {

@@ -1,11 +1,11 @@
 #include <gmock/gmock.h>
 
-#include "apply.h"
-#include "policy_reader.h"
-#include "policy_references.h"
-#include "policy_store_reader.h"
-#include "policy_writer.h"
+#include "change/apply.h"
+#include "policy/policy_reader.h"
+#include "policy/policy_references.h"
+#include "policy/policy_writer.h"
 #include "random_policy.h"
+#include "stored/policy_store_reader.h"
 #include "tool_fixture.h"
 
 namespace tool {

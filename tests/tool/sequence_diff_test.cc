@@ -1,4 +1,4 @@
-#include "sequence_diff.h"
+#include "difference/sequence_diff.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <atomic>
 
-#include "raw_key.h"
+#include "stored/raw_key.h"
 #include "tool_error.h"
 
 namespace tool {

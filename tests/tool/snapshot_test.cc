@@ -1,5 +1,5 @@
 // Reading what stood in a store at one moment.
-#include "snapshot.h"
+#include "stored/snapshot.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
 // Steps of a match put together, as far as no store of our own leads to them, and how they are shown.
-#include "step_recorder.h"
+#include "explanation/step_recorder.h"
 
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "explanation_report.h"
+#include "explanation/explanation_report.h"
 
 namespace tool {
 

@@ -1,9 +1,9 @@
-#include "text.h"
+#include "output/text.h"
 
 #include <gtest/gtest.h>
 
+#include "policy/yaml_text.h"
 #include "result_names.h"
-#include "yaml_text.h"
 #include "zxpolicy.h"
 #include "zxregistry.h"
 

@@ -6,10 +6,10 @@
 #include <cstdint>
 #include <string>
 
-#include "match_words.h"
-#include "matcher.h"
-#include "output_format.h"
-#include "text.h"
+#include "decisions/match_words.h"
+#include "decisions/matcher.h"
+#include "output/output_format.h"
+#include "output/text.h"
 
 namespace tool {
 

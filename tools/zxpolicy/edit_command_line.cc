@@ -3,9 +3,9 @@
 #include <iostream>
 #include <optional>
 
+#include "analysis/diff_decisions.h"
 #include "command_options.h"
-#include "diff_decisions.h"
-#include "standard_output.h"
+#include "output/standard_output.h"
 
 namespace tool {
 

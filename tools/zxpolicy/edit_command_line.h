@@ -4,9 +4,9 @@
 #include <functional>
 #include <string>
 
-#include "classification_commands.h"
-#include "diff_command.h"
-#include "rule_commands.h"
+#include "analysis/diff_command.h"
+#include "change/classification_commands.h"
+#include "change/rule_commands.h"
 #include "tool_error.h"
 
 namespace CLI {

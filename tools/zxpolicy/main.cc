@@ -4,8 +4,8 @@
 #include <new>
 
 #include "command_line.h"
-#include "standard_output.h"
-#include "text.h"
+#include "output/standard_output.h"
+#include "output/text.h"
 #include "tool_error.h"
 
 namespace tool {

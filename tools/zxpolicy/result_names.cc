@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "text.h"
+#include "output/text.h"
 #include "zxpolicy.h"
 #include "zxregistry.h"
 

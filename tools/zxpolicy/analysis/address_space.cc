@@ -9,10 +9,10 @@
 
 #include "analysis/address_spelling.h"
 #include "analysis/analysis_limit.h"
+#include "output/text.h"
 #include "pattern/cond_wildcard_pattern.h"
 #include "pattern/priority.h"
 #include "pattern/rfc2822_checker.h"
-#include "text.h"
 
 namespace tool {
 

@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "analysis/analysis_limit.h"
+#include "output/text.h"
 #include "pattern/cond_wildcard_pattern.h"
 #include "pattern/rfc2822_checker.h"
-#include "text.h"
 
 namespace tool {
 

@@ -6,8 +6,8 @@
 #include <optional>
 
 #include "analysis/decision_space.h"
-#include "rule_tasks.h"
-#include "text.h"
+#include "output/text.h"
+#include "stored/rule_tasks.h"
 #include "tool_error.h"
 
 namespace tool {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "analysis/finding.h"
-#include "matcher.h"
-#include "store.h"
+#include "decisions/matcher.h"
+#include "stored/store.h"
 
 namespace tool {
 

@@ -9,7 +9,7 @@
 #include "analysis/address_space.h"
 #include "analysis/class_bits.h"
 #include "analysis/policy_rules.h"
-#include "matcher.h"
+#include "decisions/matcher.h"
 
 namespace tool {
 

@@ -8,8 +8,8 @@
 #include "analysis/decision_space.h"
 #include "analysis/finding.h"
 #include "analysis/policy_rules.h"
-#include "matcher.h"
-#include "store.h"
+#include "decisions/matcher.h"
+#include "stored/store.h"
 
 namespace tool {
 

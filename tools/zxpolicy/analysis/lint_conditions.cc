@@ -3,10 +3,10 @@
 
 #include "analysis/lint.h"
 #include "analysis/lint_text.h"
-#include "list_store_reader.h"
+#include "output/text.h"
 #include "pattern/cond_wildcard_pattern.h"
 #include "result_names.h"
-#include "text.h"
+#include "stored/list_store_reader.h"
 
 namespace tool {
 

@@ -3,8 +3,8 @@
 #include <map>
 
 #include "analysis/lint.h"
-#include "rule_tasks.h"
-#include "text.h"
+#include "output/text.h"
+#include "stored/rule_tasks.h"
 #include "tool_error.h"
 
 namespace tool {

@@ -3,11 +3,11 @@
 #include <map>
 
 #include "analysis/lint.h"
-#include "classification_store_reader.h"
-#include "list_store_reader.h"
-#include "raw_key.h"
-#include "store_audit.h"
-#include "text.h"
+#include "output/text.h"
+#include "stored/classification_store_reader.h"
+#include "stored/list_store_reader.h"
+#include "stored/raw_key.h"
+#include "stored/store_audit.h"
 
 namespace tool {
 

@@ -5,16 +5,16 @@
 #include <set>
 
 #include "analysis/lint.h"
-#include "classification_store_reader.h"
-#include "list_store_reader.h"
-#include "names_of.h"
-#include "policy_check.h"
-#include "policy_file.h"
-#include "policy_store_reader.h"
-#include "raw_key.h"
+#include "output/text.h"
+#include "policy/policy_check.h"
+#include "policy/policy_file.h"
 #include "result_names.h"
-#include "rule_tasks.h"
-#include "text.h"
+#include "stored/classification_store_reader.h"
+#include "stored/list_store_reader.h"
+#include "stored/names_of.h"
+#include "stored/policy_store_reader.h"
+#include "stored/raw_key.h"
+#include "stored/rule_tasks.h"
 #include "tool_error.h"
 
 namespace tool {

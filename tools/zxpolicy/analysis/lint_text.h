@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "text.h"
+#include "output/text.h"
 
 namespace tool {
 

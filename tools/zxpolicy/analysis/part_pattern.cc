@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "output/text.h"
 #include "pattern/ascii.h"
 #include "pattern/cond_wildcard_pattern.h"
 #include "pattern/wildcard_pattern.h"
-#include "text.h"
 
 namespace tool {
 

@@ -4,12 +4,12 @@
 #include <memory>
 #include <optional>
 
-#include "list_store_reader.h"
-#include "names_of.h"
-#include "open_list.h"
-#include "policy_file.h"
-#include "policy_store_reader.h"
-#include "text.h"
+#include "output/text.h"
+#include "policy/policy_file.h"
+#include "stored/list_store_reader.h"
+#include "stored/names_of.h"
+#include "stored/open_list.h"
+#include "stored/policy_store_reader.h"
 
 namespace tool {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "store.h"
+#include "stored/store.h"
 
 namespace tool {
 

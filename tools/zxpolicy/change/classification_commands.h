@@ -1,0 +1,39 @@
+// The commands on classifications and their actions. An action is named CLASSIFICATION\ACTION.
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+#include "change/edit_parts.h"
+#include "change/policy_edit.h"
+
+namespace tool {
+
+struct ClassificationShowOptions {
+    std::string store;
+    std::optional<std::string> name;  // absent: all of them
+    OutputFormat format = OutputFormat::Text;
+};
+
+struct ClassificationEditOptions : EditOptions {
+    std::string name;
+    TextEdit texts;
+    std::optional<uint32_t> actionType;  // this and what follows: of an action only
+    SettingEdit settings;
+    std::optional<uint32_t> position;
+};
+
+// Each runs a command, with its report to `out`. All throw a ToolError, and then nothing was changed.
+
+// All classifications, one with its actions, or one action.
+void runClassificationShow(const ClassificationShowOptions& options, std::ostream& out);
+
+void runClassificationAdd(const ClassificationEditOptions& options, std::ostream& out, std::ostream& err);
+void runClassificationSet(const ClassificationEditOptions& options, std::ostream& out, std::ostream& err);
+// Of an action: classifications have no order.
+void runClassificationMove(const ClassificationEditOptions& options, std::ostream& out, std::ostream& err);
+void runClassificationRemove(const ClassificationEditOptions& options, std::ostream& out, std::ostream& err);
+
+}  // namespace tool

@@ -1,0 +1,96 @@
+#include "decisions/replay_command.h"
+
+#include <optional>
+#include <ostream>
+
+#include "decisions/decision_changes.h"
+#include "decisions/fixed_policy.h"
+#include "decisions/match_summary.h"
+#include "decisions/traffic.h"
+#include "output/output_file.h"
+#include "output/progress.h"
+#include "output/text.h"
+
+namespace tool {
+
+namespace {
+
+// A report of what was counted, with what the traffic held besides.
+template <class Counted>
+void printReplay(const ReplayOptions& options, std::ostream& out, const Traffic& traffic, Json json,
+                 const Counted& printText) {
+    if (options.format == OutputFormat::Json) {
+        out << json.add("badLines", traffic.badLinesJson()).line();
+        return;
+    }
+    printText();
+    traffic.printBadLines(out);
+}
+
+ExitStatus addDecisionsUp(const ReplayOptions& options, const FixedPolicy& policy, Traffic& traffic,
+                          std::ostream& out) {
+    Matcher matcher(policy.store(), options.match, options.tasks(policy.store()), Matcher::Conditions::Watched);
+    MatchSummary summary(MatchSummary::Conditions::Counted);
+    Progress progress("mails", traffic.size());
+    Envelope envelope;
+    while (traffic.next(envelope)) {
+        summary.add(envelope, matcher.decide(envelope));
+        progress.step(traffic.bytes());
+    }
+    progress.clear();
+    const RuleNode root = readRuleTree(matcher.rules());
+    printReplay(options, out, traffic, summary.json(root), [&] { summary.print(out, root); });
+    return kSuccess;
+}
+
+ExitStatus compareDecisions(const ReplayOptions& options, const FixedPolicy& policy, const FixedPolicy& other,
+                            Traffic& traffic, std::ostream& out) {
+    Matcher before(policy.store(), options.match, options.tasks(policy.store()));
+    Matcher after(other.store(), options.match, options.tasks(other.store()));
+    std::optional<OutputFile> listing;
+    if (options.changes) listing.emplace(*options.changes);
+    DecisionChanges changes(options.samples, listing ? &listing->stream() : nullptr);
+    Progress progress("mails", traffic.size());
+    Envelope envelope;
+    while (traffic.next(envelope)) {
+        changes.add(traffic.line(), envelope, before.decide(envelope), after.decide(envelope));
+        progress.step(traffic.bytes());
+    }
+    progress.clear();
+    if (listing) listing->keep();
+    printReplay(options, out, traffic, changes.json(), [&] { changes.print(out); });
+    return changes.isEmpty() ? kSuccess : kAnswerIsNo;
+}
+
+// Standard input is read once, and the mails must not be written over.
+void requireSeparateFiles(const ReplayOptions& options) {
+    if (options.envelopes == "-" && options.against == "-")
+        throw UsageError("--envelopes and --against cannot both read standard input");
+    if (options.changes) requireMailsKept(options.envelopes, "--changes", *options.changes);
+}
+
+void sayWhetherOutdated(const FixedPolicy& policy, std::ostream& err) {
+    if (policy.isOutdated())
+        err << "zxpolicy: note: " << oneLine(policy.name())
+            << " has changed meanwhile; the report is of the policy that it held at the beginning\n";
+}
+
+}  // namespace
+
+ExitStatus runReplay(const ReplayOptions& options, std::ostream& out, std::ostream& err) {
+    requireSeparateFiles(options);
+    const FixedPolicy policy(options.store);
+    std::optional<FixedPolicy> other;
+    if (options.against && isStoreLocation(*options.against))
+        other.emplace(*options.against);
+    else if (options.against)
+        other.emplace(*options.against, &policy, err);
+    Traffic traffic(options.envelopes, options.badLines);
+    const ExitStatus status =
+        other ? compareDecisions(options, policy, *other, traffic, out) : addDecisionsUp(options, policy, traffic, out);
+    sayWhetherOutdated(policy, err);
+    if (other) sayWhetherOutdated(*other, err);
+    return traffic.badLines() == 0 ? status : kAnswerIsNo;
+}
+
+}  // namespace tool

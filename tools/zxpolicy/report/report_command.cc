@@ -1,0 +1,138 @@
+#include "report/report_command.h"
+
+#include <algorithm>
+#include <map>
+#include <ostream>
+#include <sstream>
+#include <vector>
+
+#include "analysis/lint.h"
+#include "analysis/lint_report.h"
+#include "decisions/fixed_policy.h"
+#include "decisions/match_summary.h"
+#include "decisions/traffic.h"
+#include "explanation/explainer.h"
+#include "explanation/explanation_report.h"
+#include "output/folding.h"
+#include "output/json.h"
+#include "output/output_file.h"
+#include "output/progress.h"
+#include "output/text.h"
+#include "report/report_page.h"
+
+namespace tool {
+
+namespace {
+
+constexpr uint32_t kKeptBadLines = 10;
+constexpr size_t kPageWidth = 110;
+
+// The mails to one receiver that are explained: the first ones of each rule.
+class Samples {
+public:
+    explicit Samples(uint32_t most) : _most(most) {}
+
+    void add(const Envelope& envelope, const Decision& decision) {
+        const auto byReceiver = decision.byReceiver();
+        for (const std::string& receiver : envelope.receivers) {
+            const auto found = byReceiver.find(receiver);
+            std::vector<SampleMail>& mails = _mails[found == byReceiver.end() ? "" : found->second->path];
+            const auto isSame = [&](const SampleMail& mail) {
+                return mail.sender == envelope.sender && mail.receiver == receiver;
+            };
+            if (mails.size() < _most && std::none_of(mails.begin(), mails.end(), isSame))
+                mails.push_back({envelope.sender, receiver});
+        }
+    }
+
+    // One of each rule, then a second one of each, and so on.
+    std::vector<SampleMail> chosen() const {
+        std::vector<SampleMail> chosen;
+        for (size_t round = 0, before = SIZE_MAX; chosen.size() < _most && before != chosen.size(); ++round) {
+            before = chosen.size();
+            for (const auto& [rule, mails] : _mails)
+                if (round < mails.size() && chosen.size() < _most) chosen.push_back(mails[round]);
+        }
+        return chosen;
+    }
+
+private:
+    size_t _most;
+    std::map<std::string, std::vector<SampleMail>> _mails;  // by rule; the empty text for none
+};
+
+Json roadsJson(const Store& store, const MatchOptions& options, const std::vector<SampleMail>& mails) {
+    Json roads = Json::array();
+    for (const SampleMail& mail : mails) {
+        std::ostringstream road;
+        FoldedOutput folded(road, kPageWidth);
+        printText(folded, explain(store, options, {mail.sender, {mail.receiver}}), Colours(false), kPageWidth);
+        roads.add(Json::object({{"sender", mail.sender}, {"receiver", mail.receiver}, {"road", road.str()}}));
+    }
+    return roads;
+}
+
+// The options of explain that ask for the same way of matching.
+std::string explainOptions(const MatchOptions& options) {
+    if (!options.isBest) return "";
+    std::string text = " --best";
+    if (options.priority == ZXPOL_PRIORITY_SENDER_FIRST) text += " --priority sender";
+    if (options.priority == ZXPOL_PRIORITY_RECEIVER_FIRST) text += " --priority receiver";
+    if (options.weight == ZXPOL_WEIGHT_NAME_FIRST) text += " --weight name";
+    return text;
+}
+
+// Nothing in the data may end the element of the page that holds it.
+std::string forScript(const std::string& json) {
+    std::string text;
+    for (char c : json)
+        if (c == '<')
+            text += "\\u003c";
+        else
+            text += c;
+    return text;
+}
+
+std::string pageOf(const std::string& data) {
+    std::string page = kReportPage;
+    const std::string place = "%DATA%";
+    return page.replace(page.find(place), place.size(), forScript(data));
+}
+
+}  // namespace
+
+ExitStatus runReport(const ReportOptions& options, std::ostream& out, std::ostream& err) {
+    requireMailsKept(options.envelopes, "--html", options.html);
+    const FixedPolicy policy(options.store);
+    Traffic traffic(options.envelopes, kKeptBadLines);
+    OutputFile page(options.html);
+    Matcher matcher(policy.store(), options.match, options.tasks(policy.store()), Matcher::Conditions::Watched);
+    MatchSummary summary(MatchSummary::Conditions::Counted);
+    Samples samples(options.roads);
+    Progress progress("mails", traffic.size());
+    Envelope envelope;
+    while (traffic.next(envelope)) {
+        const Decision decision = matcher.decide(envelope);
+        summary.add(envelope, decision);
+        samples.add(envelope, decision);
+        progress.step(traffic.bytes());
+    }
+    progress.clear();
+    const std::vector<SampleMail> mails = samples.chosen();
+    Json data = Json::report({{"policy", oneLine(policy.name())},
+                              {"mode", options.match.isBest ? "best" : "first"},
+                              {"options", explainOptions(options.match)}});
+    data.add("traffic", summary.json(readRuleTree(matcher.rules())).add("badLines", traffic.badLinesJson()));
+    data.add("roads", roadsJson(policy.store(), options.match, mails));
+    data.add("lint", lintJson(lintPolicy(policy.store(), options.match)));
+    page.stream() << pageOf(data.line());
+    page.keep();
+    out << oneLine(options.html) << ": " << counted(mails.size(), "mail") << " explained\n";
+    traffic.printBadLines(out);
+    if (policy.isOutdated())
+        err << "zxpolicy: note: " << oneLine(policy.name())
+            << " has changed meanwhile; the page is of the policy that it held at the beginning\n";
+    return traffic.badLines() == 0 ? kSuccess : kAnswerIsNo;
+}
+
+}  // namespace tool
