@@ -369,4 +369,20 @@ TEST_F(LintTest, SaysWhereAPolicyFileIsMalformed) {
     EXPECT_THAT(outcome.err, HasSubstr("bad.yaml:2:8"));
 }
 
+TEST_F(LintTest, AMarkForATaskThatAFilterLeavesOutAnywayIsIdle) {
+    const auto policyWith = [](const std::string& filterOfScan) {
+        return "zxpolicy: 1\nexclusiveFilters: [{filter: 26, priority: asc}]\n" +
+               policyWithRoot("  tasks: [{name: scan, filter: " + filterOfScan +
+                              "}, {name: light, filter: 26, overridable: true}]\n  rules:\n"
+                              "    - {name: S, conditions: [{sender: \"*\", receiver: \"*@s.c\"}], inactive: "
+                              "['\\light']}\n")
+                   .substr(12);
+    };
+    apply(policyWith("26"));
+    EXPECT_EQ(placesOf("idle-mark"), std::vector<std::string>{"rule \\S"});
+    EXPECT_THAT(textsOf("idle-mark"), testing::ElementsAre(HasSubstr("an exclusive filter leaves the task out")));
+    apply(policyWith("3"));
+    EXPECT_EQ(placesOf("idle-mark"), std::vector<std::string>{});
+}
+
 }  // namespace tool

@@ -155,4 +155,34 @@ TEST_F(OutputFileTest, ASignalThatEndsTheProgramLeavesNothing) {
     }
 }
 
+// A store that is written over is lost, and one whose key is gone cannot be opened any more.
+TEST_F(OutputFileTest, CommandsDoNotWriteOverWhatTheyNeed) {
+    const std::string store = "zxpolicy: 1\nlists: [{name: L, addresses: [a@b.c]}]\n";
+    apply(store + policyWithRoot("").substr(12));
+    const std::string mails = write("mails.tsv", "a@b.c\td@e.f\n");
+    const std::string other = write("other.yaml", policyWithRoot(""));
+    const std::string database = path("policy.db");
+    const std::vector<std::vector<std::string>> commands = {
+        {"list", "export", "L"},
+        {"report", "--envelopes", mails, "--html"},
+        {"replay", "--envelopes", mails, "--against", other, "--changes"},
+    };
+    for (const std::vector<std::string>& command : commands) {
+        std::vector<std::string> needed = {database, path("./policy.db"), database + ".key", database + "-wal"};
+        if (command[0] != "list") needed.push_back(mails);
+        if (command[0] == "replay") needed.push_back(other);
+        for (const std::string& file : needed) {
+            std::vector<std::string> words = command;
+            words.push_back(file);
+            const bool wasThere = std::filesystem::exists(file);
+            const std::string before = wasThere ? read(file) : "";
+            const Outcome outcome = run(words);
+            EXPECT_EQ(outcome.status, 2) << command[0] << ' ' << file;
+            EXPECT_THAT(outcome.err, HasSubstr("the command needs the file")) << command[0] << ' ' << file;
+            EXPECT_EQ(std::filesystem::exists(file), wasThere) << file;
+            EXPECT_EQ(wasThere ? read(file) : "", before) << file;
+        }
+    }
+}
+
 }  // namespace tool

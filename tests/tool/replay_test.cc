@@ -314,7 +314,7 @@ TEST_F(ReplayTest, TheMailsAreNeitherWrittenOverNorReadForAPolicy) {
     const Outcome over =
         run({"replay", "--envelopes", mails, "--against", location(), "--changes", path("./mails.tsv")});
     EXPECT_EQ(over.status, 2);
-    EXPECT_THAT(over.err, HasSubstr("--changes would write over the mails"));
+    EXPECT_THAT(over.err, HasSubstr("the command needs the file"));
     EXPECT_EQ(read(mails), kReplayedMails);
     EXPECT_EQ(run({"replay", "--envelopes", "-", "--against", "-"}, kReplayedPolicy).status, 2);
     EXPECT_EQ(run({"replay", "--envelopes", mails, "--against", "-"}, kReplayedPolicy).status, 0);

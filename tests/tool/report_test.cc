@@ -73,7 +73,7 @@ TEST_F(ReportTest, WritesNoPageWhereItCannot) {
     const std::string mails = path("mails.tsv");
     const Outcome over = run({"report", "--envelopes", mails, "--html", path("./mails.tsv")});
     EXPECT_EQ(over.status, 2);
-    EXPECT_THAT(over.err, HasSubstr("--html would write over the mails"));
+    EXPECT_THAT(over.err, HasSubstr("the command needs the file"));
     EXPECT_EQ(read(mails), "a@b\tc@d\n");
     const Outcome full = run({"report", "--envelopes", mails, "--html", "/dev/full"});
     EXPECT_EQ(full.status, 3);

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "analysis/lint.h"
+#include "analysis/mark_trial.h"
 #include "output/text.h"
 #include "policy/policy_check.h"
 #include "policy/policy_file.h"
@@ -98,9 +99,35 @@ private:
         return rule == ancestor;
     }
 
+    // The rules, of those that mails get to, in which a mark of `rule` for the task decides.
+    std::vector<std::string> rulesDecidedBy(uint32_t rule, const TaskFacts& task) const {
+        std::vector<std::string> paths;
+        for (uint32_t other = 0; other < _stored.rules.size(); ++other) {
+            const bool isDecided = task.isOverridable ? other == rule : isAtOrBelow(other, rule);
+            if (isDecided && isReached(other)) paths.push_back(path(other));
+        }
+        return paths;
+    }
+
+    // Whether the tasks of some mail would be others without a mark that the task's attributes let count. That no mail
+    // gets to the rule is a finding of its own.
+    bool isMarkOfUse(uint32_t rule, const TaskFacts& task) {
+        const std::vector<std::string> matched = rulesDecidedBy(rule, task);
+        if (matched.empty()) return true;
+        if (!_trial) _trial.emplace(_store);
+        try {
+            return _trial->changesTasks(path(rule), task.name, matched);
+        } catch (const StoreError&) {
+            // That mails for such a rule cannot be matched is one, too.
+            return true;
+        }
+    }
+
     void lookAtMarks(uint32_t rule) {
         std::set<std::string> seen;
-        for (const InactiveMark& mark : readInactiveMarks(_store, _stored.rules[rule].key)) {
+        const std::vector<InactiveMark> marks = readInactiveMarks(_store, _stored.rules[rule].key);
+        for (const InactiveMark& mark : marks) {
+            const auto isTwin = [&](const InactiveMark& other) { return markKey(other.task) == markKey(mark.task); };
             const auto isMeant = [&](const TaskFacts& task) { return markKey(task.name) == markKey(mark.task); };
             const auto task = std::find_if(_tasks.begin(), _tasks.end(), isMeant);
             const std::string where = "rule " + oneLine(path(rule));
@@ -124,6 +151,10 @@ private:
                     what + " changes nothing: the task may be switched off in its own rule only, " +
                         oneLine(path(task->rule)),
                     "make the task overridable, or remove the mark", {path(rule), path(task->rule)});
+            else if (std::count_if(marks.begin(), marks.end(), isTwin) == 1 && !isMarkOfUse(rule, *task))
+                add(Severity::Note, "idle-mark", where,
+                    what + " changes nothing: without it, too, an exclusive filter leaves the task out", remove,
+                    {path(rule)});
         }
     }
 
@@ -221,6 +252,7 @@ private:
     const std::vector<RuleReach>& _reaches;
     std::vector<Finding>& _findings;
     std::vector<TaskFacts> _tasks;
+    std::optional<MarkTrial> _trial;  // made when it is first needed
 };
 
 }  // namespace

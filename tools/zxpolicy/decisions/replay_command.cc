@@ -43,12 +43,21 @@ ExitStatus addDecisionsUp(const ReplayOptions& options, const FixedPolicy& polic
     return kSuccess;
 }
 
+// The files that the command reads.
+std::vector<std::string> filesRead(const ReplayOptions& options) {
+    std::vector<std::string> files = filesOf(options.store);
+    const std::vector<std::string> others = filesOf(*options.against);
+    files.insert(files.end(), others.begin(), others.end());
+    files.push_back(options.envelopes);
+    return files;
+}
+
 ExitStatus compareDecisions(const ReplayOptions& options, const FixedPolicy& policy, const FixedPolicy& other,
                             Traffic& traffic, std::ostream& out) {
     Matcher before(policy.store(), options.match, options.tasks(policy.store()));
     Matcher after(other.store(), options.match, options.tasks(other.store()));
     std::optional<OutputFile> listing;
-    if (options.changes) listing.emplace(*options.changes);
+    if (options.changes) listing.emplace(*options.changes, filesRead(options));
     DecisionChanges changes(options.samples, listing ? &listing->stream() : nullptr);
     Progress progress("mails", traffic.size());
     Envelope envelope;
@@ -62,11 +71,10 @@ ExitStatus compareDecisions(const ReplayOptions& options, const FixedPolicy& pol
     return changes.isEmpty() ? kSuccess : kAnswerIsNo;
 }
 
-// Standard input is read once, and the mails must not be written over.
+// Standard input is read once.
 void requireSeparateFiles(const ReplayOptions& options) {
     if (options.envelopes == "-" && options.against == "-")
         throw UsageError("--envelopes and --against cannot both read standard input");
-    if (options.changes) requireMailsKept(options.envelopes, "--changes", *options.changes);
 }
 
 void sayWhetherOutdated(const FixedPolicy& policy, std::ostream& err) {

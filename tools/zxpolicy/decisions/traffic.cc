@@ -1,6 +1,5 @@
 #include "decisions/traffic.h"
 
-#include <filesystem>
 #include <ostream>
 
 #include "output/text.h"
@@ -32,12 +31,6 @@ Json Traffic::badLinesJson() const {
     for (const BadLine& bad : _first)
         first.add(Json::object({{"line", bad.line()}, {"fault", bad.fault()}}));
     return Json::object({{"count", _badLines}, {"first", first}});
-}
-
-void requireMailsKept(const std::string& envelopes, const char* option, const std::string& written) {
-    std::error_code isMissing;
-    if (std::filesystem::equivalent(envelopes, written, isMissing))
-        throw UsageError(std::string(option) + " would write over the mails in " + inQuotes(envelopes, 4096));
 }
 
 }  // namespace tool

@@ -38,7 +38,4 @@ private:
     std::vector<BadLine> _first;
 };
 
-// Throws a UsageError when the file that an option has written is the file of the mails.
-void requireMailsKept(const std::string& envelopes, const char* option, const std::string& written);
-
 }  // namespace tool

@@ -162,7 +162,7 @@ ExitStatus runListExport(const ListExportOptions& options, std::ostream& out) {
         writeLines(addresses, out);
         return kSuccess;
     }
-    OutputFile file(*options.file);
+    OutputFile file(*options.file, filesOf(options.store));
     writeLines(addresses, file.stream());
     file.keep();
     return kSuccess;

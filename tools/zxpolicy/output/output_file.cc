@@ -65,9 +65,22 @@ bool takeOver(int descriptor, const struct stat& old) {
     return fchmod(descriptor, old.st_mode & 07777) == 0;
 }
 
+// Whether two paths are of one file, also where there is none yet.
+bool areSameFile(const std::string& a, const std::string& b) {
+    std::error_code error;
+    if (std::filesystem::equivalent(a, b, error)) return true;
+    const std::filesystem::path whole = std::filesystem::weakly_canonical(a, error);
+    return !whole.empty() && whole == std::filesystem::weakly_canonical(b, error);
+}
+
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path) : _name(inQuotes(path, 4096)), _target(path) {
+OutputFile::OutputFile(const std::string& path, const std::vector<std::string>& kept)
+    : _name(inQuotes(path, 4096)), _target(path) {
+    for (const std::string& file : kept)
+        if (areSameFile(path, file))
+            throw UsageError("cannot write " + _name + ": the command needs the file " + inQuotes(file, 4096) +
+                             " as it is; name another one");
     struct stat old {};
     const bool isThere = stat(path.c_str(), &old) == 0;
     const int standardStream = isThere ? standardStreamOf(old) : -1;

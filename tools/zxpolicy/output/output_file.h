@@ -4,6 +4,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "output/descriptor_output.h"
 
@@ -15,8 +16,8 @@ namespace tool {
 // is, are written directly.
 class OutputFile {
 public:
-    // Throws a UsageError when it cannot be written.
-    explicit OutputFile(const std::string& path);
+    // Throws a UsageError when it cannot be written, or is one of those that the command needs, which are `kept`.
+    explicit OutputFile(const std::string& path, const std::vector<std::string>& kept = {});
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;

@@ -102,10 +102,11 @@ std::string pageOf(const std::string& data) {
 }  // namespace
 
 ExitStatus runReport(const ReportOptions& options, std::ostream& out, std::ostream& err) {
-    requireMailsKept(options.envelopes, "--html", options.html);
     const FixedPolicy policy(options.store);
     Traffic traffic(options.envelopes, kKeptBadLines);
-    OutputFile page(options.html);
+    std::vector<std::string> kept = filesOf(options.store);
+    kept.push_back(options.envelopes);
+    OutputFile page(options.html, kept);
     Matcher matcher(policy.store(), options.match, options.tasks(policy.store()), Matcher::Conditions::Watched);
     MatchSummary summary(MatchSummary::Conditions::Counted);
     Samples samples(options.roads);

@@ -13,6 +13,7 @@ namespace tool {
 namespace {
 
 constexpr const char* kFileEngine = "sqlite:";
+constexpr const char* kMemoryEngine = "memory:";
 
 }  // namespace
 
@@ -27,6 +28,16 @@ bool isMissingFileInFolder(const std::string& location) {
     const std::string file = location.substr(std::string(kFileEngine).size());
     const size_t slash = file.rfind('/');
     return slash == std::string::npos || access(file.substr(0, slash + 1).c_str(), F_OK) == 0;
+}
+
+std::vector<std::string> filesOf(const std::string& locationOrFile) {
+    const std::string engine = kFileEngine;
+    if (locationOrFile.compare(0, engine.size(), engine) != 0)
+        return locationOrFile == "-" || locationOrFile.rfind(kMemoryEngine, 0) == 0
+                   ? std::vector<std::string>{}
+                   : std::vector<std::string>{locationOrFile};
+    const std::string database = locationOrFile.substr(engine.size());
+    return {database, database + ".key", database + "-wal", database + "-shm", database + "-journal"};
 }
 
 Store::Store(const std::string& location, Missing missing) : _location(location) {

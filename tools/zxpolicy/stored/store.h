@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "stored/handles.h"
 
@@ -41,6 +42,9 @@ private:
 bool isMissingFile(const std::string& location);
 // Whether it is one that can be made: its folder exists.
 bool isMissingFileInFolder(const std::string& location);
+
+// The files that are read by a command that is given this store, or this policy file; none of "-".
+std::vector<std::string> filesOf(const std::string& locationOrFile);
 
 // One update of a store: all writes while it is open are kept together, or taken back. Other writers wait.
 class StoreUpdate {
