@@ -22,7 +22,10 @@ std::string listPolicy(const std::string& list, const std::string& task) {
                .substr(12);
 }
 
-const char* const kWarning = "zxpolicy: warning: address list \"L\" has no addresses in the file, and is empty here\n";
+std::string warningOf(const std::string& file) {
+    return "zxpolicy: warning: " + file + ": address list \"L\" has no addresses in the file, and is empty here\n";
+}
+
 const char* const kWithAddresses = ", addresses: [a@b.example]";
 
 // One question, asked of the policy file and of a store that the file was applied to.
@@ -100,7 +103,7 @@ TEST_P(AppliedFileTest, LeavesAListEmptyWhereThereAreNoAddressesToKeep) {
             listPolicy("", "check"));
         const Outcome ofFile = ask(GetParam().ofFile);
         const Outcome ofStore = ask(GetParam().ofStore);
-        EXPECT_EQ(ofFile.err, GetParam().isOfDecisions ? kWarning : "");
+        EXPECT_EQ(ofFile.err, GetParam().isOfDecisions ? warningOf(path("new.yaml")) : std::string());
         EXPECT_EQ(ofFile.status, ofStore.status);
         EXPECT_EQ(comparable(ofFile), comparable(ofStore));
         std::remove(path("applied.db").c_str());
@@ -133,7 +136,7 @@ TEST_F(PolicyFileTest, OfAListWithoutAddressesIsWarnedWhereThereIsNoStore) {
     const std::string tests = write(
         "tests.yaml",
         "zxpolicyTest: 1\ntests: [{name: t, sender: a@b.example, expect: [{receiver: c@d.example, rule: '\\'}]}]\n");
-    const std::string warning = kWarning;
+    const std::string warning = warningOf(file);
     EXPECT_EQ(run({"test", tests, "--policy", file}).err, warning);
     EXPECT_EQ(run({"lint", file}).err, warning);
     EXPECT_EQ(run({"diff", "--decisions", file, file}).err, warning + warning);

@@ -58,7 +58,8 @@ TEST_F(FixedPolicyTest, AFileOnABaseIsWhatApplyMakesOfIt) {
     const FixedPolicy alone(file, nullptr, err);
     const Policy empty = storedIn(alone.store());
     EXPECT_EQ(std::get<NormalList>(empty.lists.at("L")).addresses, std::vector<std::string>());
-    EXPECT_EQ(err.str(), "zxpolicy: warning: address list \"L\" has no addresses in the file, and is empty here\n");
+    EXPECT_EQ(err.str(),
+              "zxpolicy: warning: " + file + ": address list \"L\" has no addresses in the file, and is empty here\n");
 }
 
 }  // namespace tool

@@ -203,9 +203,8 @@ TEST_F(PolicyTestTest, WhatApplyWouldComplainOfIsAWarning) {
     const Outcome outcome = run({"test", path("tests.yaml"), "--policy", policy});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_THAT(outcome.err, HasSubstr("zxpolicy: warning: " + policy + ":5:"));
-    EXPECT_THAT(
-        outcome.err,
-        HasSubstr("zxpolicy: warning: address list \"Empty\" has no addresses in the file, and is empty here\n"));
+    EXPECT_THAT(outcome.err, HasSubstr("zxpolicy: warning: " + policy +
+                                       ": address list \"Empty\" has no addresses in the file, and is empty here\n"));
     EXPECT_THAT(outcome.err, Not(HasSubstr("Full")));
 }
 

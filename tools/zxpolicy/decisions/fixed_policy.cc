@@ -36,10 +36,11 @@ const NormalList* normalListIn(const Policy& policy, const std::string& name) {
     return found == policy.lists.end() ? nullptr : std::get_if<NormalList>(&found->second);
 }
 
-void warnOfEmptyLists(std::ostream& err, const Policy& policy, const Policy& base) {
+void warnOfEmptyLists(std::ostream& err, const std::string& file, const Policy& policy, const Policy& base) {
     forEachListWithoutAddresses(policy, [&](const std::string& name, const NormalList&) {
         if (normalListIn(base, name) == nullptr)
-            err << "zxpolicy: warning: " << listText(name) << " has no addresses in the file, and is empty here\n";
+            err << "zxpolicy: warning: " << oneLine(file) << ": " << listText(name)
+                << " has no addresses in the file, and is empty here\n";
     });
 }
 
@@ -90,7 +91,7 @@ void FixedPolicy::hold(const Policy& policy, const Store* base, const std::strin
         stored = readStoredPolicy(_copy, Secrets::Leave);
         requireNoProblems(stored.problems, "cannot apply " + oneLine(_name) + " to " + oneLine(baseName));
     }
-    warnOfEmptyLists(err, policy, stored.policy);
+    warnOfEmptyLists(err, _name, policy, stored.policy);
     applyPolicy(_copy, _name, policy, false);
 }
 
