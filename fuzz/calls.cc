@@ -131,34 +131,40 @@ void enumOutcome(A& with) {
 
 // ---- matching -------------------------------------------------------------------------------------
 
-void match(A& with) {
-    _ZxPolComHandle* rules = with.handle(kRuleHive);
-    _ZxPolComHandle* lists = with.handle(kListHive);
-    const uint32_t mode = with.flag();
-    const char* sender = with.address();
-    const char** receivers = with.addresses();
+struct MailToMatch {
+    explicit MailToMatch(A& with)
+        : rules(with.handle(kRuleHive)),
+          lists(with.handle(kListHive)),
+          mode(with.flag()),
+          sender(with.address()),
+          receivers(with.addresses()) {}
+    _ZxPolComHandle* rules;
+    _ZxPolComHandle* lists;
+    uint32_t mode;
+    const char* sender;
+    const char** receivers;
     _ZxPolMatchPair* pairs = nullptr;
     uint32_t count = 0;
+};
+
+void match(A& with) {
+    MailToMatch mail(with);
     int* error = with.error();
-    zxpol_matchRuleByMailInfoEx(rules, lists, mode, sender, receivers, &pairs, &count, error);
-    if (error != nullptr && *error < 0) require(pairs == nullptr && count == 0, "a failed match has pairs");
-    zxpol_freeMatchPair(pairs, count, nullptr);
+    zxpol_matchRuleByMailInfoEx(mail.rules, mail.lists, mail.mode, mail.sender, mail.receivers, &mail.pairs,
+                                &mail.count, error);
+    if (error != nullptr && *error < 0) require(mail.pairs == nullptr && mail.count == 0, "a failed match has pairs");
+    zxpol_freeMatchPair(mail.pairs, mail.count, nullptr);
 }
 
 void explain(A& with) {
-    _ZxPolComHandle* rules = with.handle(kRuleHive);
-    _ZxPolComHandle* lists = with.handle(kListHive);
-    const uint32_t mode = with.flag();
-    const char* sender = with.address();
-    const char** receivers = with.addresses();
-    _ZxPolMatchPair* pairs = nullptr;
-    uint32_t count = 0;
+    MailToMatch mail(with);
     ToldMatch told;
     int error = ZXPOL_S_OK;
-    zxpol_explainMatch(rules, lists, mode, sender, receivers, &ToldMatch::hear, &told, &pairs, &count, &error);
-    if (error >= 0) told.requireRecords(pairs, count);
-    require(error >= 0 || (pairs == nullptr && count == 0), "a failed match has pairs");
-    zxpol_freeMatchPair(pairs, count, nullptr);
+    zxpol_explainMatch(mail.rules, mail.lists, mail.mode, mail.sender, mail.receivers, &ToldMatch::hear, &told,
+                       &mail.pairs, &mail.count, &error);
+    if (error >= 0) told.requireRecords(mail.pairs, mail.count);
+    require(error >= 0 || (mail.pairs == nullptr && mail.count == 0), "a failed match has pairs");
+    zxpol_freeMatchPair(mail.pairs, mail.count, nullptr);
 }
 
 void setMatchOption(A& with) {
