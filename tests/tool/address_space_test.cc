@@ -3,12 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 #include <random>
-#include <set>
 
 #include "../support/experiment.h"
 #include "addrlist/addr_cache.h"
+#include "analysis/address_spelling.h"
 #include "analysis/analysis_limit.h"
 #include "pattern/cond_wildcard_pattern.h"
 #include "pattern/priority.h"
@@ -95,16 +96,21 @@ std::string textOf(const std::vector<MatchedTest>& matched) {
 // What is wrong with the classes, or the empty text: one of which the witness is no member, two alike, or an address
 // in none.
 std::string faultOf(Tests& tests, const std::vector<std::string>& addresses) {
-    std::set<std::vector<MatchedTest>> known;
+    std::map<std::vector<MatchedTest>, bool> known;
     for (const AddressClass& one : tests.classes()) {
+        if (one.isMalformed && tool::isWellFormed(one.witness))
+            return "the witness \"" + one.witness + "\" is well-formed, and its class is said to have no such address";
         if (tests.matchedBy(one.witness) != one.matched)
             return "the witness \"" + one.witness + "\" matches " + textOf(tests.matchedBy(one.witness)) +
                    "instead of " + textOf(one.matched);
-        if (!known.insert(one.matched).second) return "two classes match " + textOf(one.matched);
+        if (!known.emplace(one.matched, one.isMalformed).second) return "two classes match " + textOf(one.matched);
     }
-    for (const std::string& address : addresses)
-        if (known.count(tests.matchedBy(address)) == 0)
-            return "\"" + address + "\" is in no class: " + textOf(tests.matchedBy(address));
+    for (const std::string& address : addresses) {
+        const auto found = known.find(tests.matchedBy(address));
+        if (found == known.end()) return "\"" + address + "\" is in no class: " + textOf(tests.matchedBy(address));
+        if (found->second && tool::isWellFormed(address))
+            return "\"" + address + "\" is well-formed, and its class is said to have no such address";
+    }
     return "";
 }
 
@@ -227,6 +233,30 @@ TEST(AddressSpace, TellsAnAddressOfAListFromThePatternOfTheSameText) {
     // Both; the pattern alone, with a blank that it does not see; the list alone, with quotes around the whole;
     // neither.
     EXPECT_EQ(matchedOf(tests).size(), 4U);
+}
+
+// Only quotes around the whole keep a pattern for the domain from what a list finds.
+TEST(AddressSpace, TellsClassesWithoutAWellFormedAddress) {
+    Tests tests(ZXPOL_WEIGHT_DOMAIN_FIRST);
+    tests.addPattern("*@b");
+    tests.addList({"a@b"});
+    std::vector<std::string> malformed;
+    for (const AddressClass& one : tests.classes())
+        if (one.isMalformed) malformed.push_back(one.witness);
+    EXPECT_EQ(malformed, std::vector<std::string>{"\"a@b\""});
+    // Another address of the list that is no member of the domain makes up for it.
+    Tests others(ZXPOL_WEIGHT_DOMAIN_FIRST);
+    others.addPattern("*@b");
+    others.addList({"a@b", "c@d"});
+    for (const AddressClass& one : others.classes())
+        EXPECT_TRUE(tool::isWellFormed(one.witness) && !one.isMalformed) << one.witness;
+}
+
+TEST(AddressSpace, TakesInternationalisedAddressesAndTheNullSenderForWellFormed) {
+    for (const char* address : {"a@b", "j\xC3\xBCrg@b", "", "smtp:a@b", "\"a b\"@b"})
+        EXPECT_TRUE(tool::isWellFormed(address)) << address;
+    for (const char* address : {"a", "a b@b", "\"a@b\"", "@b", "a@"})
+        EXPECT_FALSE(tool::isWellFormed(address)) << address;
 }
 
 // What a pattern matches may depend on whether there is any text before it.

@@ -54,6 +54,9 @@ TEST_F(DiffDecisionsTest, SaysWhichAddressesAreNotWellFormed) {
     const Outcome outcome = diff(policyFor("x@a.example"), listed);
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.out, HasSubstr("    to   \"\\\"x@a.example\\\"\" (not well-formed), which matches *, (L)\n"));
+    DiffOptions options;
+    options.format = OutputFormat::Json;
+    EXPECT_THAT(diff(policyFor("x@a.example"), listed, options).out, HasSubstr("\"wellFormed\":false}"));
 }
 
 TEST_F(DiffDecisionsTest, TellsTheMailsThatAreDecidedDifferently) {
@@ -63,7 +66,7 @@ TEST_F(DiffDecisionsTest, TellsTheMailsThatAreDecidedDifferently) {
               "\\A -> \\: 1 kind of mails\n"
               "    from \"anyone@anywhere.example\", which matches *\n"
               "    to   \"anyone@a.example\", which matches *, *@a.example\n"
-              "1 of 3 kinds of mails are decided differently\n");
+              "1 of 3 kinds of mails is decided differently\n");
 }
 
 TEST_F(DiffDecisionsTest, TellsTasksThatDiffer) {
@@ -97,7 +100,7 @@ TEST_F(DiffDecisionsTest, ReportsAsJson) {
               "\"failure\":null},\"after\":{\"rule\":\"\\\\\",\"tasks\":[\"\\\\scan\"],\"failure\":null},\"count\":1,"
               "\"kinds\":[{\"sender\":\"anyone@anywhere.example\",\"senderMatches\":[\"*\"],\"receiver\":\"anyone@a."
               "example\","
-              "\"receiverMatches\":[\"*\",\"*@a.example\"]}]}]}\n");
+              "\"receiverMatches\":[\"*\",\"*@a.example\"],\"wellFormed\":true}]}]}\n");
 }
 
 }  // namespace tool

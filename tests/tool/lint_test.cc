@@ -330,18 +330,96 @@ TEST_F(LintTest, CountsWarningsAsErrorsWhenStrict) {
     EXPECT_EQ(run({"lint", "--strict"}).status, 1);
 }
 
+// A list finds an address whose quotes go around the "@" as well, and the pattern for the domain does not.
+TEST_F(LintTest, FindsRulesThatNoWellFormedAddressGetsTo) {
+    const auto policy = [](const std::string& addresses) {
+        return "zxpolicy: 1\nlists: [{name: K, addresses: [" + addresses + "]}]\n" +
+               policyWithRoot(R"(  rules:
+    - {name: Corp, conditions: [{sender: "*@corp.example", receiver: "*"}]}
+    - {name: Ann, conditions: [{sender: (K), receiver: "*"}]}
+)")
+                   .substr(12);
+    };
+    apply(policy("ann@corp.example"));
+    EXPECT_EQ(textsOf("unreachable-first"),
+              Texts{"no mail with well-formed addresses gets to it in first match: of the 1 kind of such mails that "
+                    "match its conditions rule \\Corp takes all"});
+    const LintResult result = lint();
+    ASSERT_TRUE(result.reaches.back().first);
+    EXPECT_EQ(result.reaches.back().first->sender, "\"ann@corp.example\"");
+    EXPECT_TRUE(result.findings.front().isOfWellFormed);
+    EXPECT_EQ(placesOf("unreachable-best"), Texts{});
+    apply(policy("ann@corp.example, bob@other.example"));
+    EXPECT_EQ(placesOf("unreachable-first"), Texts{});
+    EXPECT_EQ(lint().reaches.back().first->sender, "bob@other.example");
+}
+
+TEST_F(LintTest, ComparesConditionsOnWellFormedAddresses) {
+    apply("zxpolicy: 1\nlists: [{name: K, addresses: [ann@corp.example]}, {name: L, addresses: [bob@b.example]}]\n" +
+          policyWithRoot(R"(  rules:
+    - name: Corp
+      conditions: [{sender: "*@corp.example", receiver: "*"}, {sender: (K), receiver: "*"}]
+      rules: [{name: Ann, conditions: [{sender: (K), receiver: "*"}]},
+              {name: Bob, conditions: [{sender: (L), receiver: "*"}]}]
+)")
+              .substr(12));
+    EXPECT_EQ(textsOf("covered-condition"),
+              Texts{"condition 1 of the rule matches every mail with well-formed addresses that it matches; in best "
+                    "match it may make the rule weigh more"});
+    EXPECT_EQ(placesOf("outside-parent"), Texts{"rule \\Corp\\Bob, condition 1"});
+    apply("zxpolicy: 1\nlists: [{name: K, addresses: [ann@corp.example]}]\n" + policyWithRoot(R"(  rules:
+    - name: Corp
+      conditions: [{sender: "*@corp.example", receiver: "*"}]
+      rules: [{name: Ann, conditions: [{sender: (K), receiver: "*"
+    }]
+    }]
+)")
+                                                                                   .substr(12));
+    EXPECT_EQ(placesOf("outside-parent"), Texts{});
+}
+
+// Nothing takes what a rule never gets to see.
+TEST_F(LintTest, TellsRulesThatTheConditionsAboveKeepMailsFrom) {
+    run({"apply", "-"}, policyWithRoot(R"(  rules:
+    - name: A
+      conditions: [{sender: "*", receiver: "*@a.example"}]
+      rules: [{name: B, conditions: [{sender: "*", receiver: "*@b.example"}]}]
+)"));
+    const LintResult result = lint();
+    const auto isBest = [](const Finding& finding) { return finding.id == std::string("unreachable-best"); };
+    const auto found = std::find_if(result.findings.begin(), result.findings.end(), isBest);
+    ASSERT_NE(found, result.findings.end());
+    EXPECT_EQ(found->text,
+              "no mail gets to it in best match: of the 1 kind of mails that match its conditions none matches the "
+              "conditions above it");
+    EXPECT_EQ(found->remedy, "widen the conditions above it, correct its own, or delete it");
+}
+
+TEST_F(LintTest, TellsThatTheRootFailsOnTheMailsOfARule) {
+    run({"apply", "--allow-dangling", "-"}, R"(zxpolicy: 1
+root:
+  conditions: [{sender: (Nowhere), receiver: "*"}]
+  rules: [{name: A, conditions: [{sender: "*", receiver: "*@a.example"}]}]
+)");
+    EXPECT_THAT(textsOf("unreachable-best"),
+                testing::Contains(HasSubstr("that match its conditions rule \\ fails on all")));
+}
+
 TEST_F(LintTest, ReportsAsJson) {
     apply(policyWithRoot("  rules: [{name: A}]\n"));
     const Outcome outcome = run({"lint", "--json"});
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.out,
-              "{\"version\":1,\"errors\":0,\"warnings\":1,\"notes\":0,\"findings\":[{\"id\":\"no-conditions\","
-              "\"severity\":\"warning\",\"place\":\"rule \\\\A\",\"text\":\"it has no condition: no mail matches it\","
-              "\"remedy\":\"add conditions, or delete the rule\",\"rules\":[\"\\\\A\"],\"mail\":null}],"
-              "\"rules\":[{\"rule\":\"\\\\\",\"first\":{\"sender\":\"anyone@anywhere.example\",\"receiver\":\"anyone@"
-              "anywhere.example\"},"
-              "\"best\":{\"sender\":\"anyone@anywhere.example\",\"receiver\":\"anyone@anywhere.example\"}},"
-              "{\"rule\":\"\\\\A\",\"first\":null,\"best\":null}]}\n");
+    EXPECT_EQ(
+        outcome.out,
+        "{\"version\":1,\"errors\":0,\"warnings\":1,\"notes\":0,\"findings\":[{\"id\":\"no-conditions\","
+        "\"severity\":\"warning\",\"place\":\"rule \\\\A\",\"text\":\"it has no condition: no mail matches it\","
+        "\"remedy\":\"add conditions, or delete the "
+        "rule\",\"rules\":[\"\\\\A\"],\"mail\":null,\"wellFormedOnly\":false}],"
+        "\"rules\":[{\"rule\":\"\\\\\",\"first\":{\"sender\":\"anyone@anywhere.example\",\"receiver\":\"anyone@"
+        "anywhere.example\",\"wellFormed\":true},"
+        "\"best\":{\"sender\":\"anyone@anywhere.example\",\"receiver\":\"anyone@anywhere.example\",\"wellFormed\":"
+        "true}},"
+        "{\"rule\":\"\\\\A\",\"first\":null,\"best\":null}]}\n");
 }
 
 TEST_F(LintTest, FoldsLinesToANarrowTerminal) {

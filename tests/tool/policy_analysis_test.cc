@@ -36,12 +36,21 @@ void checkReach(uint32_t seed) {
         std::set<std::string> reachable;
         for (const RuleReach& reach : lint.reaches)
             if (isBest ? reach.best : reach.first) reachable.insert(reach.rule);
+        // Rules that are said to be out of the reach of well-formed addresses.
+        std::set<std::string> malformedOnly;
+        for (const Finding& finding : lint.findings)
+            if (finding.id == std::string(isBest ? "unreachable-best" : "unreachable-first") && finding.isOfWellFormed)
+                malformedOnly.insert(finding.rules.front());
         options.isBest = isBest;
         for (const auto& [sender, decisions] : allDecisions(policy.store(), options))
             for (size_t i = 0; i < decisions.size(); ++i) {
                 if (decisions[i].empty() || decisions[i] == "!") continue;
                 ASSERT_EQ(reachable.count(decisions[i]), 1U)
                     << "seed " << seed << ", " << (isBest ? "best" : "first") << ": " << sender << " to "
+                    << smallAddresses()[i] << " gets to rule " << decisions[i];
+                const bool isOutOfReach = malformedOnly.count(decisions[i]) != 0;
+                ASSERT_FALSE(isOutOfReach && isWellFormed(SampleMail{sender, smallAddresses()[i]}))
+                    << "seed " << seed << ", " << (isBest ? "best" : "first") << ": well-formed " << sender << " to "
                     << smallAddresses()[i] << " gets to rule " << decisions[i];
             }
     }

@@ -21,6 +21,9 @@ namespace {
 // The pairs of local parts and domains that are looked at before an answer is given up.
 constexpr size_t kMaxPairs = 4000000;
 
+// The addresses of a class that are looked at for a well-formed one.
+constexpr size_t kMaxTries = 50;
+
 // Of each test the largest weight.
 void keepLargest(std::vector<MatchedTest>& matched) {
     std::sort(matched.begin(), matched.end(), [](const MatchedTest& a, const MatchedTest& b) {
@@ -235,11 +238,19 @@ private:
         return matched;
     }
 
-    bool isNew(Matched& matched) {
+    // Adds the class of an address, or what the address adds to what is known of it.
+    void add(const std::string& address, Matched matched, bool isMalformed) {
         keepLargest(matched);
         std::string key;
         appendBytes(key, matched);
-        return _seen.insert(std::move(key)).second;
+        const auto [place, isNew] = _seen.emplace(std::move(key), _classes.size());
+        if (isNew) {
+            _classes.push_back({address, std::move(matched), isMalformed});
+            return;
+        }
+        AddressClass& known = _classes[place->second];
+        known.isMalformed = known.isMalformed && isMalformed;
+        if (!isWellFormed(known.witness) && isWellFormed(address)) known.witness = address;
     }
 
     // The addresses of a pair of classes of which no pattern names one in full.
@@ -249,18 +260,28 @@ private:
         std::string key;
         appendBytes(key, matched);
         if (_seen.count(key) != 0) return;
+        // The members stand for others, which may be well-formed.
+        if (const std::optional<std::string> address = unlistedOf(nameClass, domainClass))
+            return add(*address, std::move(matched), false);
+        if (nameClass.hasOthers || domainClass.hasOthers)
+            throw AnalysisLimit("no address is found that some of the patterns match together");
+    }
+
+    // The first such address, or a well-formed one that comes soon after it.
+    std::optional<std::string> unlistedOf(const Part::Class& nameClass, const Part::Class& domainClass) const {
+        std::optional<std::string> first;
+        size_t tries = 0;
         for (const std::string& name : nameClass.members) {
             for (const std::string& domain : domainClass.members) {
                 if (_space.isPoint(name, domain)) continue;
                 std::optional<std::string> address = unlisted(name, domain);
                 if (!address) continue;
-                _seen.insert(std::move(key));
-                _classes.push_back({std::move(*address), std::move(matched)});
-                return;
+                if (isWellFormed(*address)) return address;
+                if (!first) first = std::move(address);
+                if (++tries == kMaxTries) return first;
             }
         }
-        if (nameClass.hasOthers || domainClass.hasOthers)
-            throw AnalysisLimit("no address is found that some of the patterns match together");
+        return first;
     }
 
     bool isListed(const std::string& address) const { return _space._plain.count(partsOf(address).sortKey) != 0; }
@@ -294,10 +315,10 @@ private:
     void addUnlisted(const std::string& name, const std::string& domain) {
         Matched matched = matchedBy(name, domain);
         std::optional<std::string> address = unlisted(name, domain);
-        if (address && isNew(matched)) _classes.push_back({std::move(*address), std::move(matched)});
+        if (address) add(*address, std::move(matched), false);
     }
 
-    // The addresses whose sort key is one of a list.
+    // The addresses whose sort key is one of a list. Where none that is looked at is well-formed, none is.
     void addPlain(const std::string& key, const std::vector<uint32_t>& tests) {
         for (const std::string& address : addressesOfKey(key))
             addListed(address, tests);
@@ -315,19 +336,21 @@ private:
         appendBytes(likeness, domainGroups);
         appendBytes(likeness, matched);
         appendBytes(likeness, tests);
+        const bool isBad = !isWellFormed(address);
+        likeness.push_back(isBad ? '-' : '+');
         if (!_seenPlain.insert(std::move(likeness)).second) return;
         const Matched byPatterns = matchedBy(nameGroups, domainGroups);
         matched.insert(matched.end(), byPatterns.begin(), byPatterns.end());
         for (uint32_t test : tests)
             matched.push_back({test, ZxPolPriority::maxWeight()});
-        if (isNew(matched)) _classes.push_back({address, std::move(matched)});
+        add(address, std::move(matched), isBad);
     }
 
     const AddressSpace& _space;
     Part _names;
     Part _domains;
     std::unordered_map<uint64_t, Matched> _matrix;  // by group of local parts and group of domains
-    std::unordered_set<std::string> _seen;
+    std::unordered_map<std::string, size_t> _seen;  // the classes by what they match
     std::unordered_set<std::string> _seenPlain;
     std::vector<AddressClass> _classes;
 };

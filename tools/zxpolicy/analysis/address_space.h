@@ -26,8 +26,9 @@ struct MatchedTest {
 
 // All addresses that match the same tests with the same weights.
 struct AddressClass {
-    std::string witness;               // one of them
+    std::string witness;               // one of them, a well-formed one before others
     std::vector<MatchedTest> matched;  // by test, ascending
+    bool isMalformed = false;          // for sure none of them is well-formed
 };
 
 /*

@@ -21,6 +21,11 @@ size_t countOf(char c, const std::string& text) {
     return static_cast<size_t>(std::count(text.begin(), text.end(), c));
 }
 
+std::string withoutKind(const std::string& address) {
+    const size_t colon = address.find(':');
+    return colon == std::string::npos ? address : address.substr(colon + 1);
+}
+
 // The places where a quote may have been taken off: before and behind each word, and before each "@".
 size_t placesIn(const std::string& name) {
     return 2 * countOf('.', name) + 2 + countOf('@', name);
@@ -92,8 +97,11 @@ public:
             // What is cut off for its length may still hold the quote that closes.
             return tryLocal(local) || (local.size() >= ZxPolCondWildcardPattern::maxName && tryLocal(local + '"'));
         };
-        if (!anyUsual(_name, isRight) && !anyQuoted(_name, isRight)) return std::nullopt;
-        return std::move(_found);
+        // Where a local part can be written in a well-formed way, it can be so with quotes around the whole.
+        const bool isFound =
+            anyUsual(_name, [&](const std::string& local) { return isRight(local) && isWellFormed(_found.back()); });
+        if (!isFound && _found.empty() && !anyQuoted(_name, isRight)) return std::nullopt;
+        return std::move(isFound ? _found.back() : _found.front());
     }
 
 private:
@@ -102,26 +110,32 @@ private:
         text = withKind(std::move(text));
         const AddressParts parts = partsOf(text);
         if (parts.name != _name || parts.domain != _domain) return false;
-        _found = std::move(text);
+        _found.push_back(std::move(text));
         return true;
     }
 
     const std::string& _name;
     const std::string& _domain;
     bool _isDivided;
-    std::string _found;
+    std::vector<std::string> _found;
 };
 
 }  // namespace
 
 AddressParts partsOf(const std::string& address) {
-    const size_t colon = address.find(':');
-    const std::string text = colon == std::string::npos ? address : address.substr(colon + 1);
+    const std::string text = withoutKind(address);
     const ZxPolCondWildcardPattern parsed(text.c_str());
     std::string key(text.size() + 1, '\0');
     ZxPolRfc2822Checker::stripLocalPartBoundary(key.data(), text.c_str());
     key.resize(std::char_traits<char>::length(key.c_str()));
     return {parsed.getName(), parsed.getDomain(), lowerCase(key)};
+}
+
+bool isWellFormed(const std::string& address) {
+    std::string text = withoutKind(address);
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; }, 'x');
+    return text.empty() || ZxPolRfc2822Checker::checkFormatValidity(text.c_str());
 }
 
 std::string withKind(std::string text) {

@@ -16,13 +16,17 @@ struct AddressParts {
 // The parts of an address as the library takes it apart, the text up to its first ":" left out.
 AddressParts partsOf(const std::string& address);
 
+// Whether it is what mail programs call an address, its kind left out, or the null sender. Characters that are not
+// ASCII count as letters, as in internationalised addresses.
+bool isWellFormed(const std::string& address);
+
 // The text as it must be written so that nothing of it is taken for the kind of the address.
 std::string withKind(std::string text);
 
 /*
  * Addresses with this local part and domain, without an "@" and with one, the plainest first; none when no text has
- * these parts. Quotes can stand around each word of a local part; where that leaves too many ways to try, and none of
- * the usual ones is right, an AnalysisLimit is thrown.
+ * these parts. Each is a well-formed one where there is one. Quotes can stand around each word of a local part; where
+ * that leaves too many ways to try, and none of the usual ones is right, an AnalysisLimit is thrown.
  */
 std::vector<std::string> spellings(const std::string& name, const std::string& domain);
 

@@ -43,7 +43,9 @@ void SideClasses::close() {
         throw AnalysisLimit("the conditions tell too many addresses apart");
     _matching.assign(_testCount, ClassBits(_classes.size()));
     _weights.assign(_classes.size() * _testCount, 0);
+    _wellFormed = ClassBits(_classes.size());
     for (size_t one = 0; one < _classes.size(); ++one) {
+        if (!_classes[one].isMalformed) _wellFormed.add(one);
         for (const MatchedTest& matched : _classes[one].matched) {
             _matching[matched.test].add(one);
             _weights[one * _testCount + matched.test] = static_cast<uint16_t>(matched.weight);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "analysis/address_space.h"
+#include "analysis/address_spelling.h"
 #include "analysis/class_bits.h"
 #include "analysis/policy_rules.h"
 #include "decisions/matcher.h"
@@ -36,6 +37,9 @@ public:
     size_t size() const { return _classes.size(); }
     const std::string& witness(size_t one) const { return _classes[one].witness; }
     const std::vector<MatchedTest>& matched(size_t one) const { return _classes[one].matched; }
+    // Whether the address to show of a class is well-formed, and the classes that may have a well-formed address.
+    bool isWellFormed(size_t one) const { return tool::isWellFormed(witness(one)); }
+    const ClassBits& wellFormed() const { return _wellFormed; }
     // The classes that match a test.
     const ClassBits& matching(uint32_t test) const { return _matching[test]; }
     bool matches(size_t one, uint32_t test) const { return _matching[test].has(one); }
@@ -49,6 +53,7 @@ private:
     std::map<std::pair<uint32_t, std::string>, uint32_t> _tests;
     std::vector<std::string> _texts;
     std::vector<AddressClass> _classes;
+    ClassBits _wellFormed;
     std::vector<ClassBits> _matching;
     std::vector<uint16_t> _weights;
     size_t _testCount = 0;

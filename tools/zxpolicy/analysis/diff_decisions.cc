@@ -2,12 +2,12 @@
 
 #include <ostream>
 
+#include "analysis/address_spelling.h"
 #include "analysis/analysis_limit.h"
 #include "analysis/decision_diff.h"
 #include "decisions/fixed_policy.h"
 #include "output/json.h"
 #include "output/text.h"
-#include "pattern/rfc2822_checker.h"
 #include "policy/policy_reader.h"
 
 namespace tool {
@@ -28,7 +28,8 @@ void printJson(std::ostream& out, const DecisionDiff& diff) {
             kinds.add(Json::object({{"sender", kind.mail.sender},
                                     {"senderMatches", kind.senderMatches},
                                     {"receiver", kind.mail.receiver},
-                                    {"receiverMatches", kind.receiverMatches}}));
+                                    {"receiverMatches", kind.receiverMatches},
+                                    {"wellFormed", isWellFormed(kind.mail)}}));
         changes.add(Json::object({{"before", outcomeJson(change.before)},
                                   {"after", outcomeJson(change.after)},
                                   {"count", change.count},
@@ -59,11 +60,6 @@ std::string matchesText(const std::vector<std::string>& texts) {
     return text.empty() ? "no condition" : text;
 }
 
-// Whether it is what mail programs call an address, or the null sender.
-bool isWellFormed(const std::string& address) {
-    return address.empty() || ZxPolRfc2822Checker::checkFormatValidity(address.c_str());
-}
-
 void printAddress(std::ostream& out, const char* side, const std::string& address,
                   const std::vector<std::string>& matches) {
     out << "    " << side << ' ' << inQuotes(address, 255) << (isWellFormed(address) ? "" : " (not well-formed)")
@@ -90,9 +86,10 @@ void printText(std::ostream& out, const DecisionDiff& diff) {
     for (const DecisionChange& change : diff.changes)
         printChange(out, change);
     if (diff.changed == 0)
-        out << "the same for every mail (" << grouped(diff.kinds) << " kinds of mails compared)\n";
+        out << "the same for every mail (" << counted(diff.kinds, "kind") << " of mails compared)\n";
     else
-        out << grouped(diff.changed) << " of " << grouped(diff.kinds) << " kinds of mails are decided differently\n";
+        out << grouped(diff.changed) << " of " << counted(diff.kinds, "kind") << " of mails "
+            << (diff.changed == 1 ? "is" : "are") << " decided differently\n";
 }
 
 DecisionDiff diffOf(const DiffOptions& options, const FixedPolicy& before, const FixedPolicy& after) {

@@ -27,7 +27,11 @@ struct Finding {
     std::string remedy;                             // what to do
     std::vector<std::string> rules = {};            // the rules concerned, the one at fault first
     std::optional<SampleMail> mail = std::nullopt;  // one that shows it
+    bool isOfWellFormed = false;                    // so for mails with well-formed addresses, and not for all
 };
+
+// Whether both addresses are well-formed.
+bool isWellFormed(const SampleMail& mail);
 
 const char* severityText(Severity severity);
 

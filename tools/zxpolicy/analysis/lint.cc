@@ -1,8 +1,13 @@
 #include "analysis/lint.h"
 
+#include "analysis/address_spelling.h"
 #include "analysis/analysis_limit.h"
 
 namespace tool {
+
+bool isWellFormed(const SampleMail& mail) {
+    return isWellFormed(mail.sender) && isWellFormed(mail.receiver);
+}
 
 const char* severityText(Severity severity) {
     switch (severity) {

@@ -8,9 +8,19 @@ namespace tool {
 
 namespace {
 
+// The addresses that count.
+struct Scope {
+    ClassBits senders;
+    ClassBits receivers;
+};
+
 class Coverage {
 public:
-    Coverage(const DecisionSpace& space, std::vector<Finding>& findings) : _space(space), _findings(findings) {}
+    Coverage(const DecisionSpace& space, std::vector<Finding>& findings)
+        : _space(space),
+          _all{ClassBits(space.senders().size(), true), ClassBits(space.receivers().size(), true)},
+          _wellFormed{space.senders().wellFormed(), space.receivers().wellFormed()},
+          _findings(findings) {}
 
     void run() {
         const std::vector<StoredRule>& rules = _space.policy(0).rules;
@@ -18,7 +28,7 @@ public:
             const std::vector<ClassCondition>& conditions = _space.conditions(0, rule);
             for (size_t i = 0; i < conditions.size(); ++i) {
                 if (!canBeCompared(conditions[i])) continue;
-                if (isNever(conditions[i])) continue;
+                if (isNever(conditions[i], _all)) continue;
                 lookAtSiblings(rules[rule], conditions, i);
                 if (rule != 0) lookAtParent(rules[rule], conditions[i], i);
             }
@@ -31,76 +41,98 @@ private:
     }
 
     // An empty list, which has a finding of its own, matches no address.
-    bool isNever(const ClassCondition& condition) const {
-        return _space.senders().matching(condition.sender).isEmpty() ||
-               _space.receivers().matching(condition.receiver).isEmpty();
+    bool isNever(const ClassCondition& condition, const Scope& scope) const {
+        return sendersOf(condition, scope).isEmpty() || receiversOf(condition, scope).isEmpty();
     }
 
-    bool covers(const ClassCondition& wide, const ClassCondition& narrow) const {
-        return _space.senders().matching(narrow.sender).isIn(_space.senders().matching(wide.sender)) &&
-               _space.receivers().matching(narrow.receiver).isIn(_space.receivers().matching(wide.receiver));
+    ClassBits sendersOf(const ClassCondition& condition, const Scope& scope) const {
+        ClassBits senders = scope.senders;
+        return senders &= _space.senders().matching(condition.sender);
+    }
+    ClassBits receiversOf(const ClassCondition& condition, const Scope& scope) const {
+        ClassBits receivers = scope.receivers;
+        return receivers &= _space.receivers().matching(condition.receiver);
+    }
+
+    // Well-formed addresses count, unless the condition matches others alone.
+    const Scope& scopeOf(const ClassCondition& condition) const {
+        return isNever(condition, _wellFormed) ? _all : _wellFormed;
+    }
+
+    bool covers(const ClassCondition& wide, const ClassCondition& narrow, const Scope& scope) const {
+        return sendersOf(narrow, scope).isIn(_space.senders().matching(wide.sender)) &&
+               receiversOf(narrow, scope).isIn(_space.receivers().matching(wide.receiver));
     }
 
     // Whether a match of the narrow condition is never of a larger weight than one of the wide condition.
-    bool outweighs(const ClassCondition& wide, const ClassCondition& narrow) const {
-        const auto isNeverLarger = [](const SideClasses& side, uint32_t narrowTest, uint32_t wideTest) {
+    bool outweighs(const ClassCondition& wide, const ClassCondition& narrow, const Scope& scope) const {
+        const auto isNeverLarger = [](const SideClasses& side, const ClassBits& matching, uint32_t narrowTest,
+                                      uint32_t wideTest) {
             bool isFine = true;
-            side.matching(narrowTest).forEach([&](size_t one) {
-                isFine = isFine && side.weight(one, narrowTest) <= side.weight(one, wideTest);
-            });
+            matching.forEach(
+                [&](size_t one) { isFine = isFine && side.weight(one, narrowTest) <= side.weight(one, wideTest); });
             return isFine;
         };
-        return isNeverLarger(_space.senders(), narrow.sender, wide.sender) &&
-               isNeverLarger(_space.receivers(), narrow.receiver, wide.receiver);
+        return isNeverLarger(_space.senders(), sendersOf(narrow, scope), narrow.sender, wide.sender) &&
+               isNeverLarger(_space.receivers(), receiversOf(narrow, scope), narrow.receiver, wide.receiver);
     }
 
     // Whether a condition may fail on a mail that another one matches. The receiver is looked at first.
-    bool mayFail(const ClassCondition& condition, const ClassCondition& matching) const {
+    bool mayFail(const ClassCondition& condition, const ClassCondition& matching, const Scope& scope) const {
         if (canBeCompared(condition)) return false;
         if (condition.receiver == ClassCondition::kFails) return true;
-        ClassBits receivers = _space.receivers().matching(condition.receiver);
-        receivers &= _space.receivers().matching(matching.receiver);
+        ClassBits receivers = receiversOf(matching, scope);
+        receivers &= _space.receivers().matching(condition.receiver);
         return !receivers.isEmpty();
     }
 
     // Whether the rule would match the same mails without the one condition, for the other's sake. Of conditions that
     // cover each other the first one stays.
-    bool isCovered(const std::vector<ClassCondition>& conditions, size_t index, size_t other) const {
+    bool isCovered(const std::vector<ClassCondition>& conditions, size_t index, size_t other,
+                   const Scope& scope) const {
         const ClassCondition& narrow = conditions[index];
-        if (other == index || !canBeCompared(conditions[other]) || !covers(conditions[other], narrow)) return false;
+        if (other == index || !canBeCompared(conditions[other]) || !covers(conditions[other], narrow, scope))
+            return false;
         if (other < index) return true;
         // First match goes no further than to the first condition that matches, or fails.
         const auto first = conditions.begin();
-        return !covers(narrow, conditions[other]) &&
+        return !covers(narrow, conditions[other], scope) &&
                std::none_of(first + static_cast<std::ptrdiff_t>(index), first + static_cast<std::ptrdiff_t>(other),
-                            [&](const ClassCondition& between) { return mayFail(between, narrow); });
+                            [&](const ClassCondition& between) { return mayFail(between, narrow, scope); });
     }
 
     void lookAtSiblings(const StoredRule& rule, const std::vector<ClassCondition>& conditions, size_t index) {
         std::optional<size_t> cover;
         bool isIdle = false;
+        const ClassCondition& narrow = conditions[index];
+        const Scope& scope = scopeOf(narrow);
         for (size_t other = 0; other < conditions.size() && !isIdle; ++other) {
-            if (!isCovered(conditions, index, other)) continue;
-            isIdle = outweighs(conditions[other], conditions[index]);
+            if (!isCovered(conditions, index, other, scope)) continue;
+            isIdle = outweighs(conditions[other], narrow, scope);
             if (!cover || isIdle) cover = other;
         }
         if (!cover) return;
+        const bool isOfAll =
+            isCovered(conditions, index, *cover, _all) && (!isIdle || outweighs(conditions[*cover], narrow, _all));
         _findings.push_back({isIdle ? Severity::Warning : Severity::Note,
                              "covered-condition",
                              conditionText(rule.path, index),
-                             "condition " + std::to_string(*cover + 1) +
-                                 " of the rule matches every mail that it matches" +
+                             "condition " + std::to_string(*cover + 1) + " of the rule matches every mail " +
+                                 (isOfAll ? "" : "with well-formed addresses ") + "that it matches" +
                                  (isIdle ? "" : "; in best match it may make the rule weigh more"),
                              isIdle ? "remove it" : "remove it, unless best match is used and the weight is meant",
-                             {rule.path}});
+                             {rule.path},
+                             std::nullopt,
+                             !isOfAll});
     }
 
     void lookAtParent(const StoredRule& rule, const ClassCondition& condition, size_t index) {
         const StoredRule& parent = _space.policy(0).rules[rule.parent];
         std::optional<SampleMail> outside;
-        _space.senders().matching(condition.sender).forEach([&](size_t sender) {
+        const Scope& scope = scopeOf(condition);
+        sendersOf(condition, scope).forEach([&](size_t sender) {
             if (outside) return;
-            ClassBits left = _space.receivers().matching(condition.receiver);
+            ClassBits left = receiversOf(condition, scope);
             for (const ClassCondition& above : _space.conditions(0, rule.parent))
                 if (canBeCompared(above) && _space.senders().matches(sender, above.sender))
                     left -= _space.receivers().matching(above.receiver);
@@ -120,6 +152,8 @@ private:
     }
 
     const DecisionSpace& _space;
+    const Scope _all;
+    const Scope _wellFormed;
     std::vector<Finding>& _findings;
 };
 

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "analysis/lint.h"
+#include "analysis/unreached_rule.h"
 #include "output/text.h"
 #include "stored/rule_tasks.h"
 #include "tool_error.h"
@@ -11,15 +12,13 @@ namespace tool {
 
 namespace {
 
-// How the mails that match a rule's conditions are decided, by the number of kinds of them.
-using Answers = std::map<uint32_t, uint64_t>;
-
 class Reach {
 public:
     Reach(const Store& store, const DecisionSpace& space, const MatchOptions& options, bool isBest)
         : _store(store), _space(space), _options(options) {
         _options.isBest = isBest;
         _found.resize(rules().size());
+        _ranks.resize(rules().size(), kMalformed);
         for (size_t sender = 0; sender < space.senders().size(); ++sender)
             look(sender, space.decide(0, sender, isBest));
     }
@@ -39,30 +38,63 @@ public:
         return mails;
     }
 
-    // By whom the mails are answered that match the conditions of a rule to which none gets, for each such rule.
+    // Whether a mail gets to a rule, though none with well-formed addresses.
+    bool isMalformedOnly(uint32_t rule) const { return _found[rule] && _ranks[rule] == kMalformed; }
+
+    // By whom the mails are answered that match the conditions of a rule to which none gets, for each such rule. Where
+    // mails with addresses that are not well-formed do, the others count.
     std::map<uint32_t, Answers> answers() const {
         std::map<uint32_t, Answers> answers;
         for (uint32_t rule = 0; rule < _found.size(); ++rule)
-            if (!_found[rule]) answers[rule] = {};
+            if (!_found[rule] || isMalformedOnly(rule)) answers[rule] = {};
         const ClassBits all(_space.receivers().size(), true);
         for (size_t sender = 0; sender < _space.senders().size() && !answers.empty(); ++sender) {
             const std::vector<uint32_t> decisions = _space.decide(0, sender, _options.isBest);
-            for (auto& [rule, counts] : answers)
-                _space.check(0, rule, sender, all).matched.forEach([&, &counts = counts](size_t receiver) {
-                    ++counts[decisions[receiver]];
+            for (auto& [rule, counts] : answers) {
+                if (isMalformedOnly(rule) && !_space.senders().wellFormed().has(sender)) continue;
+                ClassBits matched = _space.check(0, rule, sender, all).matched;
+                if (isMalformedOnly(rule)) matched &= _space.receivers().wellFormed();
+                const ClassBits above = matchedAbove(rule, sender, matched);
+                matched.forEach([&, &counts = counts](size_t receiver) {
+                    const bool isAsked = above.has(receiver) || decisions[receiver] == kMatchFails;
+                    ++counts[isAsked ? decisions[receiver] : kNotAbove];
                 });
+            }
         }
         return answers;
     }
 
 private:
+    // What is known of the addresses of a class.
+    enum Rank : uint8_t { kMalformed, kUnknown, kWellFormed };
+
     const std::vector<StoredRule>& rules() const { return _space.policy(0).rules; }
 
+    static Rank rankOf(const SideClasses& side, size_t one) {
+        if (!side.wellFormed().has(one)) return kMalformed;
+        return side.isWellFormed(one) ? kWellFormed : kUnknown;
+    }
+
+    // Well-formed addresses come before others.
     void look(size_t sender, const std::vector<uint32_t>& decisions) {
+        const Rank senderRank = rankOf(_space.senders(), sender);
         for (size_t receiver = 0; receiver < decisions.size(); ++receiver) {
             const uint32_t rule = decisions[receiver];
-            if (rule < _found.size() && !_found[rule]) _found[rule] = {sender, receiver};
+            if (rule >= _found.size() || (_found[rule] && _ranks[rule] >= senderRank)) continue;
+            const Rank rank = std::min(senderRank, rankOf(_space.receivers(), receiver));
+            if (_found[rule] && _ranks[rule] >= rank) continue;
+            _found[rule] = {sender, receiver};
+            _ranks[rule] = rank;
         }
+    }
+
+    // Those of the receivers for which all rules above match, where that counts.
+    ClassBits matchedAbove(uint32_t rule, size_t sender, ClassBits receivers) const {
+        while (_options.isBest && rule != 0) {
+            rule = rules()[rule].parent;
+            receivers = _space.check(0, rule, sender, receivers).matched;
+        }
+        return receivers;
     }
 
     static void confirm(Matcher& matcher, const std::string& rule, const SampleMail& mail,
@@ -93,61 +125,8 @@ private:
     const DecisionSpace& _space;
     MatchOptions _options;
     std::vector<std::optional<std::pair<size_t, size_t>>> _found;
+    std::vector<Rank> _ranks;  // of what is found
 };
-
-constexpr size_t kShownAnswers = 3;
-
-bool isBelow(const std::vector<StoredRule>& rules, uint32_t rule, uint32_t ancestor) {
-    while (rule > ancestor)
-        rule = rules[rule].parent;
-    return rule == ancestor;
-}
-
-// Who answers, those with the most kinds of mails first.
-Finding findingFor(const DecisionSpace& space, uint32_t rule, const Answers& answers, bool isBest) {
-    const std::vector<StoredRule>& rules = space.policy(0).rules;
-    Finding finding{Severity::Warning,
-                    isBest ? "unreachable-best" : "unreachable-first",
-                    "rule " + oneLine(rules[rule].path),
-                    std::string("no mail gets to it in ") + (isBest ? "best" : "first") + " match: ",
-                    "move or narrow what takes its mails, or delete it",
-                    {rules[rule].path}};
-    if (answers.empty()) {
-        finding.text += "none matches its conditions";
-        finding.remedy = "correct its conditions, or delete it";
-        return finding;
-    }
-    std::vector<std::pair<uint64_t, uint32_t>> sorted;
-    for (const auto& [answer, count] : answers)
-        sorted.emplace_back(count, answer);
-    std::sort(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) {
-        return a.first != b.first ? a.first > b.first : a.second < b.second;
-    });
-    uint64_t all = 0;
-    for (const auto& [count, answer] : sorted)
-        all += count;
-    // A rule may be there to hold others together.
-    const bool isHolder = std::all_of(sorted.begin(), sorted.end(), [&](const auto& entry) {
-        return entry.second < rules.size() && isBelow(rules, entry.second, rule);
-    });
-    if (isHolder) {
-        finding.severity = Severity::Note;
-        finding.remedy = "nothing, if it is there for the rules below it alone";
-    }
-    finding.text += "of the " + grouped(all) + (all == 1 ? " kind" : " kinds") + " of mails that match its conditions ";
-    for (size_t i = 0; i < sorted.size(); ++i) {
-        const auto [count, answer] = sorted[i];
-        if (answer < rules.size()) finding.rules.push_back(rules[answer].path);
-        if (i == kShownAnswers) finding.text += ", and others the rest";
-        if (i >= kShownAnswers) continue;
-        finding.text += (i == 0 ? "" : ", ") +
-                        (answer == kNoRule       ? std::string("no rule")
-                         : answer == kMatchFails ? std::string("a failure at the root")
-                                                 : "rule " + oneLine(rules[answer].path)) +
-                        (count == all ? " takes all" : " takes " + grouped(count));
-    }
-    return finding;
-}
 
 }  // namespace
 
@@ -163,7 +142,8 @@ std::vector<RuleReach> lintReach(const Store& store, const DecisionSpace& space,
             (isBest ? reaches[rule].best : reaches[rule].first) = mails[rule];
         // A rule without conditions has a finding of its own.
         for (const auto& [rule, answers] : reach.answers())
-            if (!space.conditions(0, rule).empty()) findings.push_back(findingFor(space, rule, answers, isBest));
+            if (!space.conditions(0, rule).empty())
+                findings.push_back(unreachedRule(space, rule, answers, isBest, reach.isMalformedOnly(rule)));
     }
     return reaches;
 }

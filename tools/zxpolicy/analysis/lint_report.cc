@@ -12,7 +12,7 @@ namespace {
 
 Json mailJson(const std::optional<SampleMail>& mail) {
     if (!mail) return Json::null();
-    return Json::object({{"sender", mail->sender}, {"receiver", mail->receiver}});
+    return Json::object({{"sender", mail->sender}, {"receiver", mail->receiver}, {"wellFormed", isWellFormed(*mail)}});
 }
 
 }  // namespace
@@ -31,7 +31,8 @@ Json lintJson(const LintResult& result) {
                                    {"text", finding.text},
                                    {"remedy", finding.remedy},
                                    {"rules", finding.rules},
-                                   {"mail", mailJson(finding.mail)}}));
+                                   {"mail", mailJson(finding.mail)},
+                                   {"wellFormedOnly", finding.isOfWellFormed}}));
     Json rules = Json::array();
     for (const RuleReach& reach : result.reaches)
         rules.add(
