@@ -33,13 +33,20 @@ COMMANDS = {
     "tree, rule show, task show": ["tree", "rule show '\\'", "rule show '\\Sales'", "task show '\\Sales\\scan'"],
     "classification show": ["classification show", "classification show Infected",
                             "classification show 'Infected\\hold'"],
-    "test": ["test tests.yaml"],
-    "replay": ["replay --envelopes mails.tsv"],
-    "replay --against": ["replay --envelopes mails.tsv --against policy.yaml"],
+    "test": ["test tests.yaml", "test tests.yaml --store $FAILING"],
+    "replay": ["replay --envelopes mails.tsv", "replay --envelopes mails.tsv --store $FAILING"],
+    "replay --against": ["replay --envelopes mails.tsv --against policy.yaml",
+                         "replay --envelopes mails.tsv --against $FAILING",
+                         "replay --envelopes mails.tsv --store $FAILING --against policy.yaml"],
     "lint": ["lint"],
     "diff": ["diff $ZXPOLICY_STORE policy.yaml"],
     "diff --decisions": ["diff --decisions $ZXPOLICY_STORE changed.yaml"],
 }
+# No mail can be matched.
+FAILING = """zxpolicy: 1
+lists: [{name: Far, type: directory, server: a.example}]
+root: {conditions: [{sender: "*", receiver: (Far)}]}
+"""
 TESTS = """zxpolicyTest: 1
 tests:
   - name: first
@@ -100,6 +107,9 @@ class Examples:
         self.write("tests.yaml", TESTS)
         self.write("mails.tsv", "<>\tann@example.com,x@y.example\na line without a TAB\n")
         self.write("new.txt", "new@a.example\nbad\n")
+        self.write("failing.yaml", FAILING)
+        self.environment["FAILING"] = "sqlite:" + self.folder.name + "/failing.db"
+        self.shell('"$TOOL" apply --store $FAILING failing.yaml')
         self.shell('"$TOOL" apply --allow-dangling lint.yaml 2>/dev/null')
 
     def write(self, name, text):

@@ -183,6 +183,12 @@ TEST_F(DiffCommandTest, AddressesAreToldByNumberWithSamples) {
     EXPECT_EQ(diffJson(after)["diff"]["lists"],
               json::parse(R"([{"name":"Partners","added":3,"removed":2,"addedSamples":["e@x","f@x","g@x"],
                                "removedSamples":["b@x","c@x"]}])"));
+    EXPECT_EQ(diff(after, 1, {"--samples", "0"}),
+              "changed address list Partners\n"
+              "  addresses: added 3, removed 2\n"
+              "  + 3 addresses\n"
+              "  - 2 addresses\n"
+              "1 changed\n");
     EXPECT_EQ(diffJson(after, 1, {"--samples", "0"})["diff"]["lists"],
               json::parse(R"([{"name":"Partners","added":3,"removed":2,"addedSamples":[],"removedSamples":[]}])"));
     // What a file does not say is not compared.

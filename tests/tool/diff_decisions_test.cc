@@ -77,6 +77,13 @@ TEST_F(DiffDecisionsTest, TellsTasksThatDiffer) {
     EXPECT_THAT(outcome.out, HasSubstr("2 of 2 kinds of mails are decided differently\n"));
 }
 
+TEST_F(DiffDecisionsTest, TellsTheNumberAloneWithoutSamples) {
+    DiffOptions options;
+    options.samples = 0;
+    EXPECT_EQ(diff(policyFor("*@a.example"), policyFor("x@a.example"), options).out,
+              "\\A -> \\: 1 kind of mails\n1 of 3 kinds of mails are decided differently\n");
+}
+
 TEST_F(DiffDecisionsTest, DependsOnTheWayOfMatching) {
     const std::string one = policyWithRoot(
         "  rules: [{name: A, conditions: [{sender: \"*\", receiver: \"*@a.example\"}]}, {name: B, conditions: "

@@ -130,6 +130,8 @@ TEST_F(MatchTest, EnvelopesAreAddedUpInATree) {
               "\\scan               4      3\n"
               "\\spam               1      1\n"
               "\\foot               1      1\n"
+              "\\off                -      -\n"
+              "\\Wide\\scan          -      -\n"
               "\\Wide\\foot          3      2\n"
               "\\Wide\\last          3      2\n"
               "\n");

@@ -86,6 +86,7 @@ TEST_F(ReplayTest, TextAddsUpRulesConditionsAndTasks) {
               "\n"
               "task         receivers  mails\n"
               "\\scan                6      4\n"
+              "\\off                 -      -\n"
               "\\Sales\\foot          4      3\n"
               "\n");
     EXPECT_THAT(outcome.out, testing::ContainsRegex("a decision took [0-9,.]+ µs \\(median\\), [0-9,.]+ µs "
@@ -115,6 +116,7 @@ TEST_F(ReplayTest, JsonHasTheDocumentedShape) {
                         {"mails", 4},
                         {"receivers", 7},
                         {"unmatched", {{"receivers", 1}, {"mails", 1}}},
+                        {"failed", {{"receivers", 0}, {"mails", 0}, {"first", json::array()}}},
                         {"rules",
                          {rule("\\", 1, 1, json::array({condition(1, "*", "*@*.example", 1, 1)})),
                           rule("\\Sales", 4, 3,
@@ -252,12 +254,14 @@ TEST_F(ReplayTest, AgainstAFileTellsWhatApplyingItWouldChange) {
     EXPECT_EQ(report["receivers"], 7);
     EXPECT_EQ(report["changedMails"], 2);
     EXPECT_EQ(report["changedReceivers"], 2);
-    EXPECT_EQ(report["changes"],
-              json::parse(R"([{"ruleBefore":null,"ruleAfter":"\\","tasksRemoved":[],"tasksAdded":["\\scan"],)"
-                          R"("receivers":1,"mails":1,"samples":[{"sender":"","receiver":"x@else.test"}]},)"
-                          R"({"ruleBefore":"\\","ruleAfter":null,"tasksRemoved":["\\scan"],"tasksAdded":[],)"
-                          R"("receivers":1,"mails":1,)"
-                          R"("samples":[{"sender":"a@partner.example","receiver":"o@other.example"}]}])"));
+    EXPECT_EQ(
+        report["changes"],
+        json::parse(
+            R"([{"ruleBefore":null,"ruleAfter":"\\","failureBefore":null,"failureAfter":null,"tasksRemoved":[],"tasksAdded":["\\scan"],)"
+            R"("receivers":1,"mails":1,"samples":[{"sender":"","receiver":"x@else.test"}]},)"
+            R"({"ruleBefore":"\\","ruleAfter":null,"failureBefore":null,"failureAfter":null,"tasksRemoved":["\\scan"],"tasksAdded":[],)"
+            R"("receivers":1,"mails":1,)"
+            R"("samples":[{"sender":"a@partner.example","receiver":"o@other.example"}]}])"));
     EXPECT_EQ(read(path("changes.tsv")),
               "1\ta@partner.example\to@other.example\t\\\tno rule\n"
               "3\t<>\tx@else.test\tno rule\t\\\n");

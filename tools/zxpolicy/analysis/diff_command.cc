@@ -26,7 +26,12 @@ void printSamples(std::ostream& out, const char* sign, const AddressSamples& add
     for (const std::string& address : addresses.first)
         out << "  " << sign << ' ' << oneLine(address) << '\n';
     const size_t others = addresses.count - addresses.first.size();
-    if (others != 0) out << "  " << sign << " and " << grouped(others) << " more\n";
+    if (others == 0) return;
+    out << "  " << sign << ' ';
+    if (addresses.first.empty())
+        out << grouped(others) << (others == 1 ? " address\n" : " addresses\n");
+    else
+        out << "and " << grouped(others) << " more\n";
 }
 
 void printText(std::ostream& out, const PolicyDiff& diff) {

@@ -78,7 +78,7 @@ void printChange(std::ostream& out, const DecisionChange& change) {
         printAddress(out, "to  ", kind.mail.receiver, kind.receiverMatches);
         if (&kind != &change.kinds.back()) out << '\n';
     }
-    if (change.count > change.kinds.size())
+    if (change.count > change.kinds.size() && !change.kinds.empty())
         out << "    and " << grouped(change.count - change.kinds.size()) << " more\n";
 }
 

@@ -4,7 +4,9 @@
 #include <ostream>
 #include <set>
 
+#include "decisions/match_failure.h"
 #include "output/text.h"
+#include "result_names.h"
 
 namespace tool {
 
@@ -26,33 +28,31 @@ const MatchedRule* ruleOfReceiver(const std::map<std::string_view, const Matched
     return found == rules.end() ? nullptr : found->second;
 }
 
-std::string changedRuleText(const std::string& path) {
-    return path.empty() ? "no rule" : oneLine(path);
-}
-
-Json changedRuleJson(const std::string& path) {
-    return path.empty() ? Json::null() : Json(path);
-}
-
 }  // namespace
 
-DecisionChanges::GroupEntry& DecisionChanges::groupOf(const MatchedRule* before, const MatchedRule* after) {
-    const auto [entry, isNew] = _groups.try_emplace({rulePathOf(before), rulePathOf(after)});
+std::string DecisionChanges::Fate::text() const {
+    if (failure != 0) return "a failure (" + codeText(failure) + ")";
+    return rule.empty() ? "no rule" : oneLine(rule);
+}
+
+DecisionChanges::GroupEntry& DecisionChanges::groupOf(const Fates& fates, const MatchedRule* before,
+                                                      const MatchedRule* after) {
+    const auto [entry, isNew] = _groups.try_emplace(fates);
     if (isNew) entry->second.tasks = diffOf(ruleTasksOf(before), ruleTasksOf(after));
     return *entry;
 }
 
 void DecisionChanges::addReceiver(uint64_t line, const std::string& sender, const std::string& receiver,
                                   GroupEntry& entry) {
-    auto& [rules, group] = entry;
+    auto& [fates, group] = entry;
     ++_changedReceivers;
     ++group.receivers;
     const std::pair sample(sender, receiver);
     const bool isNew = std::find(group.samples.begin(), group.samples.end(), sample) == group.samples.end();
     if (isNew && group.samples.size() < _samples) group.samples.push_back(sample);
     if (_listing != nullptr)
-        *_listing << line << '\t' << senderToText(sender) << '\t' << oneLine(receiver) << '\t'
-                  << changedRuleText(rules.first) << '\t' << changedRuleText(rules.second) << '\n';
+        *_listing << line << '\t' << senderToText(sender) << '\t' << oneLine(receiver) << '\t' << fates.first.text()
+                  << '\t' << fates.second.text() << '\n';
 }
 
 void DecisionChanges::add(uint64_t line, const Envelope& envelope, const Decision& before, const Decision& after) {
@@ -64,8 +64,9 @@ void DecisionChanges::add(uint64_t line, const Envelope& envelope, const Decisio
     for (const std::string& receiver : envelope.receivers) {
         const MatchedRule* was = ruleOfReceiver(rulesBefore, receiver);
         const MatchedRule* becomes = ruleOfReceiver(rulesAfter, receiver);
-        if (rulePathOf(was) == rulePathOf(becomes) && ruleTasksOf(was) == ruleTasksOf(becomes)) continue;
-        GroupEntry& entry = groupOf(was, becomes);
+        const Fates fates{{rulePathOf(was), before.failure}, {rulePathOf(becomes), after.failure}};
+        if (fates.first == fates.second && ruleTasksOf(was) == ruleTasksOf(becomes)) continue;
+        GroupEntry& entry = groupOf(fates, was, becomes);
         addReceiver(line, envelope.sender, receiver, entry);
         if (groupsOfMail.insert(&entry.second).second) ++entry.second.mails;
     }
@@ -88,8 +89,8 @@ void DecisionChanges::print(std::ostream& out) const {
         << "; treated otherwise: " << counted(_changedReceivers, "receiver") << " of " << counted(_changedMails, "mail")
         << '\n';
     for (const GroupEntry* entry : bySize()) {
-        const auto& [rules, group] = *entry;
-        out << '\n' << changedRuleText(rules.first) << " -> " << changedRuleText(rules.second) << '\n';
+        const auto& [fates, group] = *entry;
+        out << '\n' << fates.first.text() << " -> " << fates.second.text() << '\n';
         out << "  " << counted(group.receivers, "receiver") << " of " << counted(group.mails, "mail") << '\n';
         for (const DiffLine& task : group.tasks)
             if (task.sign != ' ') out << "  " << task.sign << " task " << oneLine(task.text) << '\n';
@@ -101,12 +102,14 @@ void DecisionChanges::print(std::ostream& out) const {
 Json DecisionChanges::json() const {
     Json groups = Json::array();
     for (const GroupEntry* entry : bySize()) {
-        const auto& [rules, group] = *entry;
+        const auto& [fates, group] = *entry;
         Json samples = Json::array();
         for (const auto& [sender, receiver] : group.samples)
             samples.add(Json::object({{"sender", sender}, {"receiver", receiver}}));
-        groups.add(Json::object({{"ruleBefore", changedRuleJson(rules.first)},
-                                 {"ruleAfter", changedRuleJson(rules.second)},
+        groups.add(Json::object({{"ruleBefore", fates.first.ruleJson()},
+                                 {"ruleAfter", fates.second.ruleJson()},
+                                 {"failureBefore", failureJson(fates.first.failure)},
+                                 {"failureAfter", failureJson(fates.second.failure)},
                                  {"tasksRemoved", linesOf(group.tasks, '-')},
                                  {"tasksAdded", linesOf(group.tasks, '+')},
                                  {"receivers", group.receivers},

@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <map>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -16,6 +17,7 @@ namespace tool {
 
 // Two decisions on one mail are compared receiver by receiver: by rule, and by the names of its tasks in their order.
 // The rule before and the rule after tell the tasks, so there is one group for each such pair, whatever the traffic.
+// That a mail cannot be matched is an outcome like a rule.
 class DecisionChanges {
 public:
     // Keeps the first `samples` pairs of sender and receiver of each group. Where `listing` is not null each changed
@@ -31,8 +33,21 @@ public:
     Json json() const;
 
 private:
-    // The paths of the rule before and the rule after, empty for none.
-    using Rules = std::pair<std::string, std::string>;
+    // What becomes of a receiver.
+    struct Fate {
+        std::string rule;  // its path, empty for none
+        int failure;       // why the mail cannot be matched, or 0
+
+        bool operator<(const Fate& other) const {
+            return std::tie(rule, failure) < std::tie(other.rule, other.failure);
+        }
+        bool operator==(const Fate& other) const { return rule == other.rule && failure == other.failure; }
+        std::string text() const;
+        Json ruleJson() const { return rule.empty() ? Json::null() : Json(rule); }
+    };
+
+    // Before and after.
+    using Fates = std::pair<Fate, Fate>;
 
     struct Group {
         std::vector<DiffLine> tasks;
@@ -41,10 +56,10 @@ private:
         std::vector<std::pair<std::string, std::string>> samples;  // sender, receiver
     };
 
-    using GroupEntry = std::pair<const Rules, Group>;
+    using GroupEntry = std::pair<const Fates, Group>;
 
     void addReceiver(uint64_t line, const std::string& sender, const std::string& receiver, GroupEntry& entry);
-    GroupEntry& groupOf(const MatchedRule* before, const MatchedRule* after);
+    GroupEntry& groupOf(const Fates& fates, const MatchedRule* before, const MatchedRule* after);
     std::vector<const GroupEntry*> bySize() const;
 
     uint32_t _samples;
@@ -53,7 +68,7 @@ private:
     uint64_t _receivers = 0;
     uint64_t _changedMails = 0;
     uint64_t _changedReceivers = 0;
-    std::map<Rules, Group> _groups;
+    std::map<Fates, Group> _groups;
 };
 
 }  // namespace tool

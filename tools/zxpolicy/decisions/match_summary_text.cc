@@ -6,6 +6,7 @@
 #include "decisions/match_summary.h"
 #include "output/table.h"
 #include "output/text.h"
+#include "result_names.h"
 
 namespace tool {
 
@@ -66,6 +67,7 @@ void MatchSummary::printRules(std::ostream& out, const RuleNode& root) const {
     for (const auto& [path, count] : _rules)
         if (seen.count(path) == 0) addRow(oneLine(path), count);
     addRow("no rule", _unmatched);
+    if (_failed.mails != 0) addRow("cannot be matched", _failed);
     table.print(out);
 }
 
@@ -84,13 +86,11 @@ void MatchSummary::printConditions(std::ostream& out, const RuleNode& root) cons
 }
 
 void MatchSummary::printTasks(std::ostream& out, const RuleNode& root) const {
-    if (_tasks.empty()) return;
     Table table({"task", "receivers", "mails"});
     std::set<std::string> seen;
     const auto addRow = [&](const std::string& task) {
-        const auto found = _tasks.find(task);
-        if (found == _tasks.end() || !seen.insert(task).second) return;
-        table.add({oneLine(task), grouped(found->second.receivers), grouped(found->second.mails)});
+        const Count count = ofTask(task);
+        if (seen.insert(task).second) table.add({oneLine(task), countText(count.receivers), countText(count.mails)});
     };
     forEachRule(root, [&](const RuleNode& node) {
         for (const std::string& task : node.tasks)
@@ -98,8 +98,18 @@ void MatchSummary::printTasks(std::ostream& out, const RuleNode& root) const {
     });
     for (const auto& [task, count] : _tasks)
         addRow(task);
+    if (seen.empty()) return;
     out << '\n';
     table.print(out);
+}
+
+void MatchSummary::printFailures(std::ostream& out) const {
+    if (_failed.mails == 0) return;
+    out << '\n' << counted(_failed.mails, "mail") << " cannot be matched\n";
+    for (const FailedMail& mail : _firstFailed)
+        out << "  from " << senderToText(mail.sender) << ": " << describeResult(mail.code) << '\n';
+    if (_failed.mails > _firstFailed.size())
+        out << "  and " << grouped(_failed.mails - _firstFailed.size()) << " more\n";
 }
 
 void MatchSummary::printDurations(std::ostream& out) const {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "decisions/condition_watch.h"
+#include "decisions/match_failure.h"
 #include "output/text.h"
 #include "stored/snapshot.h"
 #include "tool_error.h"
@@ -94,7 +95,8 @@ Decision Matcher::decideOnce(const Envelope& envelope, std::vector<const char*>&
     if (_conditions == Conditions::Watched) watch.emplace(envelope.receivers.size());
     const Answer answer(*this, envelope.sender, receivers, watch ? &*watch : nullptr);
     if (watch) watch->rethrow();
-    require(answer.result(), "cannot match a mail from " + inQuotes(envelope.sender));
+    if (isFailureOfPolicy(answer.result())) return {{}, {}, answer.duration(), answer.result()};
+    if (ZX_FAILURE(answer.result())) throw StoreError(cannotMatch(envelope), answer.result());
     Decision decision{{}, {}, answer.duration()};
     std::unordered_map<const char*, size_t> left;
     for (size_t i = 0; i + 1 < receivers.size(); ++i)
@@ -139,6 +141,12 @@ Decision Matcher::decideUnchanged(const Envelope& envelope, std::vector<const ch
 }
 
 Decision Matcher::decide(const Envelope& envelope) {
+    Decision decision = decideOrFail(envelope);
+    if (decision.failure != 0) throw StoreError(cannotMatch(envelope), decision.failure);
+    return decision;
+}
+
+Decision Matcher::decideOrFail(const Envelope& envelope) {
     std::vector<const char*> receivers;
     receivers.reserve(envelope.receivers.size() + 1);
     for (const std::string& receiver : envelope.receivers)

@@ -30,7 +30,8 @@ struct MatchedRule {
 struct Decision {
     std::vector<MatchedRule> matches;  // in the order of first match
     std::vector<std::string> unmatched;
-    std::chrono::nanoseconds duration;  // of the library's answer alone
+    std::chrono::nanoseconds duration{0};  // of the library's answer alone
+    int failure = 0;                       // why the policy cannot match the mail: a result code, or 0
 
     // The match of each receiver; receivers without a rule are not in it. Valid while the decision stays as it is.
     std::map<std::string_view, const MatchedRule*> byReceiver() const;
@@ -55,6 +56,9 @@ public:
 
     // Decides on one mail by the policy of one moment, whatever other processes do meanwhile. Throws a StoreError.
     Decision decide(const Envelope& envelope);
+
+    // The same, where a failure of the policy is an outcome. Throws a StoreError when the store fails.
+    Decision decideOrFail(const Envelope& envelope);
 
     const RuleHiveHandle& rules() const { return _rules; }
 

@@ -4,9 +4,11 @@
 #include <ostream>
 
 #include "decisions/envelope_reader.h"
+#include "decisions/match_failure.h"
 #include "decisions/match_words.h"
 #include "difference/sequence_diff.h"
 #include "output/text.h"
+#include "result_names.h"
 
 namespace tool {
 
@@ -45,6 +47,7 @@ void printOutcome(std::ostream& out, const ReceiverOutcome& outcome, const Cover
 void printFailure(std::ostream& out, const std::string& fileName, const TestOutcome& outcome, const Coverage& policy) {
     out << "FAILED " << oneLine(outcome.test.name) << " (" << YamlSource(fileName).at(outcome.test.place) << ")\n";
     out << "  mail from " << senderToText(outcome.test.sender) << ", " << optionsText(outcome.test.match) << '\n';
+    if (outcome.failure != 0) out << "  cannot be matched: " << describeResult(outcome.failure) << '\n';
     for (const ReceiverOutcome& receiver : outcome.receivers)
         if (!receiver.isRight()) printOutcome(out, receiver, policy);
     out << '\n';
@@ -72,14 +75,15 @@ Json testJson(const TestOutcome& outcome) {
                          {"mode", options.isBest ? "best" : "first"},
                          {"priority", options.isBest ? Json(wordFor(kPriorities, options.priority)) : Json::null()},
                          {"weight", options.isBest ? Json(wordFor(kWeights, options.weight)) : Json::null()},
-                         {"receivers", receivers}});
+                         {"receivers", receivers},
+                         {"failure", failureJson(outcome.failure)}});
 }
 
 }  // namespace
 
 bool TestOutcome::isPassed() const {
-    return std::all_of(receivers.begin(), receivers.end(),
-                       [](const ReceiverOutcome& receiver) { return receiver.isRight(); });
+    return failure == 0 && std::all_of(receivers.begin(), receivers.end(),
+                                       [](const ReceiverOutcome& receiver) { return receiver.isRight(); });
 }
 
 size_t PolicyTestReport::failures() const {
@@ -90,7 +94,10 @@ size_t PolicyTestReport::failures() const {
 void PolicyTestReport::print(std::ostream& out) const {
     for (const TestOutcome& outcome : outcomes)
         if (!outcome.isPassed()) printFailure(out, fileName, outcome, coverage);
-    if (failures() != 0) out << "- is expected, + is what the policy does\n\n";
+    const bool hasDifferences = std::any_of(outcomes.begin(), outcomes.end(), [](const TestOutcome& outcome) {
+        return outcome.failure == 0 && !outcome.isPassed();
+    });
+    if (hasDifferences) out << "- is expected, + is what the policy does\n\n";
     coverage.printMissing(out);
     out << counted(outcomes.size(), "test") << ": " << grouped(outcomes.size() - failures()) << " passed, "
         << grouped(failures()) << " failed\n";

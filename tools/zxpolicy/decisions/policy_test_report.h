@@ -22,7 +22,8 @@ struct ReceiverOutcome {
 
 struct TestOutcome {
     PolicyTest test;
-    std::vector<ReceiverOutcome> receivers;
+    std::vector<ReceiverOutcome> receivers;  // none where the mail cannot be matched
+    int failure = 0;                         // why not, or 0
 
     bool isPassed() const;
 };

@@ -34,13 +34,16 @@ ExitStatus addDecisionsUp(const ReplayOptions& options, const FixedPolicy& polic
     Progress progress("mails", traffic.size());
     Envelope envelope;
     while (traffic.next(envelope)) {
-        summary.add(envelope, matcher.decide(envelope));
+        summary.add(envelope, matcher.decideOrFail(envelope));
         progress.step(traffic.bytes());
     }
     progress.clear();
     const RuleNode root = readRuleTree(matcher.rules());
-    printReplay(options, out, traffic, summary.json(root), [&] { summary.print(out, root); });
-    return kSuccess;
+    printReplay(options, out, traffic, summary.json(root), [&] {
+        summary.print(out, root);
+        summary.printFailures(out);
+    });
+    return summary.failedMails() == 0 ? kSuccess : kAnswerIsNo;
 }
 
 // The files that the command reads.
@@ -62,7 +65,7 @@ ExitStatus compareDecisions(const ReplayOptions& options, const FixedPolicy& pol
     Progress progress("mails", traffic.size());
     Envelope envelope;
     while (traffic.next(envelope)) {
-        changes.add(traffic.line(), envelope, before.decide(envelope), after.decide(envelope));
+        changes.add(traffic.line(), envelope, before.decideOrFail(envelope), after.decideOrFail(envelope));
         progress.step(traffic.bytes());
     }
     progress.clear();

@@ -13,7 +13,8 @@ namespace {
 
 // All receivers of a test are those of one mail.
 TestOutcome outcomeOf(const PolicyTest& test, const Decision& decision) {
-    TestOutcome outcome{test, {}};
+    TestOutcome outcome{test, {}, decision.failure};
+    if (decision.failure != 0) return outcome;
     const auto rules = decision.byReceiver();
     for (const Expectation& expectation : test.expectations) {
         const auto found = rules.find(expectation.receiver);
@@ -40,7 +41,7 @@ PolicyTestReport runTests(const TestOptions& options, const std::string& fileNam
     PolicyTestReport report{fileName, {}, Coverage(readRuleTree(matcher.rules()))};
     for (const PolicyTest& test : tests) {
         matcher.setOptions(test.match);
-        const Decision decision = matcher.decide(envelopeOf(test));
+        const Decision decision = matcher.decideOrFail(envelopeOf(test));
         report.coverage.add(decision);
         report.outcomes.push_back(outcomeOf(test, decision));
     }

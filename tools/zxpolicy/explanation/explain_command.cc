@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "decisions/match_failure.h"
 #include "explanation/explainer.h"
 #include "explanation/explanation_report.h"
 #include "output/terminal_width.h"
-#include "output/text.h"
 #include "tool_error.h"
 
 namespace tool {
@@ -20,7 +20,7 @@ void runExplain(const ExplainOptions& options, std::ostream& out) {
         printJson(out, explanation);
     else
         printText(out, explanation, Colours::ofOutput(), terminalWidth());
-    require(explanation.result, "cannot match a mail from " + inQuotes(explanation.envelope.sender));
+    require(explanation.result, cannotMatch(explanation.envelope));
 }
 
 }  // namespace tool

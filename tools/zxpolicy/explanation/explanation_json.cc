@@ -1,12 +1,11 @@
 // Explanations as JSON.
-#include <cstdio>
 #include <ostream>
 
+#include "decisions/match_failure.h"
 #include "decisions/match_report.h"
 #include "decisions/match_words.h"
 #include "explanation/explanation_report.h"
 #include "output/json.h"
-#include "result_names.h"
 
 namespace tool {
 
@@ -50,14 +49,6 @@ const char* nameOf(RuleVisit::Kind kind) {
 
 Json optionalJson(const std::optional<std::string>& text) {
     return text ? Json(*text) : Json::null();
-}
-
-// A failure, or null.
-Json failureJson(int result) {
-    if (ZX_SUCCESS(result)) return Json::null();
-    char code[16];
-    std::snprintf(code, sizeof code, "0x%08x", static_cast<unsigned int>(result));
-    return Json::object({{"name", resultName(result)}, {"code", code}});
 }
 
 Json sideJson(const ConditionTest& condition, ZxPolMatchSide side) {

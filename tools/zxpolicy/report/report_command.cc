@@ -113,9 +113,9 @@ ExitStatus runReport(const ReportOptions& options, std::ostream& out, std::ostre
     Progress progress("mails", traffic.size());
     Envelope envelope;
     while (traffic.next(envelope)) {
-        const Decision decision = matcher.decide(envelope);
+        const Decision decision = matcher.decideOrFail(envelope);
         summary.add(envelope, decision);
-        samples.add(envelope, decision);
+        if (decision.failure == 0) samples.add(envelope, decision);
         progress.step(traffic.bytes());
     }
     progress.clear();
@@ -129,11 +129,12 @@ ExitStatus runReport(const ReportOptions& options, std::ostream& out, std::ostre
     page.stream() << pageOf(data.line());
     page.keep();
     out << oneLine(options.html) << ": " << counted(mails.size(), "mail") << " explained\n";
+    summary.printFailures(out);
     traffic.printBadLines(out);
     if (policy.isOutdated())
         err << "zxpolicy: note: " << oneLine(policy.name())
             << " has changed meanwhile; the page is of the policy that it held at the beginning\n";
-    return traffic.badLines() == 0 ? kSuccess : kAnswerIsNo;
+    return traffic.badLines() == 0 && summary.failedMails() == 0 ? kSuccess : kAnswerIsNo;
 }
 
 }  // namespace tool
