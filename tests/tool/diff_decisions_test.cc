@@ -81,7 +81,7 @@ TEST_F(DiffDecisionsTest, TellsTheNumberAloneWithoutSamples) {
     DiffOptions options;
     options.samples = 0;
     EXPECT_EQ(diff(policyFor("*@a.example"), policyFor("x@a.example"), options).out,
-              "\\A -> \\: 1 kind of mails\n1 of 3 kinds of mails are decided differently\n");
+              "\\A -> \\: 1 kind of mails\n1 of 3 kinds of mails is decided differently\n");
 }
 
 TEST_F(DiffDecisionsTest, DependsOnTheWayOfMatching) {
