@@ -93,11 +93,15 @@ root:
       conditions: [{sender: "*", receiver: "b@z.example"}]
     - name: "\u202Eback\u2028\e"
       conditions: [{sender: "*", receiver: "c@z.example"}]
+    - name: Outside
+      conditions: [{sender: "*", receiver: "d@y.example"}]
 END
 "$program" --store sqlite:hostile.db apply hostile.yaml >/dev/null 2>&1
 "$program" --store sqlite:hostile.db report --envelopes /dev/null --html page.html >/dev/null
 shown "" >dom.html
 text '<title>(.*?)</title>' | grep -qx 'Mail policy report' || complain "a name has run as a script"
+text '<div id="rules">(.*)<div id="rest"' | grep -q 'for example from "[^"]*" to "d@y.example". To do' ||
+    complain "the mail that shows a finding is not told"
 (($(grep -o '<img' dom.html | wc -l) == 0)) || complain "a name has become a picture"
 for shown in "\\</script><script>document.title='taken'</script>" '\xE2\x80\xAEback\xE2\x80\xA8\x1B'; do
     text '<div id="rules">(.*)<div id="rest"' | grep -qF -- "$shown" || complain "it does not show the name $shown"

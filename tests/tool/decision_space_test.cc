@@ -13,8 +13,8 @@ namespace tool {
 
 namespace {
 
-// The class of an address: the one whose tests it matches with the same weights.
-std::string textOf(const DecisionSpace& space, uint32_t decision) {
+// The rule that a decision is for, as the library tells it.
+std::string ruleOf(const DecisionSpace& space, uint32_t decision) {
     if (decision == kNoRule) return "";
     if (decision == kMatchFails) return "!";
     return space.policy(0).rules[decision].path;
@@ -32,19 +32,19 @@ void check(uint32_t seed, SmallPolicyKind kind) {
     std::set<std::string> bySpace;
     for (size_t sender = 0; sender < space.senders().size(); ++sender) {
         const std::vector<uint32_t> decisions = space.decide(0, sender, options.isBest);
-        const std::vector<std::string> real =
+        const std::vector<LibraryDecision> real =
             libraryDecisions(policy.store(), options, space.senders().witness(sender), receivers);
         for (size_t receiver = 0; receiver < receivers.size(); ++receiver) {
-            bySpace.insert(real[receiver]);
-            ASSERT_EQ(textOf(space, decisions[receiver]), real[receiver])
+            bySpace.insert(real[receiver].rule);
+            ASSERT_EQ(ruleOf(space, decisions[receiver]), real[receiver].rule)
                 << "seed " << seed << ", sender " << space.senders().witness(sender) << ", receiver "
                 << receivers[receiver];
         }
     }
     // No mail is decided as no class is.
     for (const std::string& sender : smallAddresses())
-        for (const std::string& decision : libraryDecisions(policy.store(), options, sender, smallAddresses()))
-            ASSERT_EQ(bySpace.count(decision), 1U) << "seed " << seed << ", sender " << sender << ": " << decision;
+        for (const LibraryDecision& decision : libraryDecisions(policy.store(), options, sender, smallAddresses()))
+            ASSERT_EQ(bySpace.count(decision.rule), 1U) << "seed " << seed << ", sender " << sender << ": " << decision;
 }
 
 }  // namespace

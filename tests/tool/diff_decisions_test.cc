@@ -1,5 +1,5 @@
 // diff --decisions: what is printed of two policies compared on all mails.
-#include "analysis/diff_decisions.h"
+#include "analysis/diff_decisions_command.h"
 
 #include <gmock/gmock.h>
 

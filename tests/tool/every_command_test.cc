@@ -43,6 +43,7 @@ const std::vector<Command>& commands() {
         {{"refs", "classification", "Discard"}},
         {{"lint"}, kAnswerIsNo},
         {{"test", kExampleFolder + "/tests.yaml"}},
+        {{"replay", "--envelopes", kMails}},
         {{"replay", "--envelopes", kMails, "--against", kPolicyExample}},
         {{"report", "--envelopes", kMails, "--html", "FOLDER/page.html"}, kSuccess, Reports::TextOnly},
         {{"list", "add", "Welcome", "a@b.example", "*@c.example"}},
@@ -62,6 +63,7 @@ const std::vector<Command>& commands() {
         {{"task", "move", R"(\Added\second)", "--position", "1"}},
         {{"task", "show", R"(\Added\second)"}},
         {{"tree"}},
+        {{"tree", R"(\Added)"}},
         {{"diff", "STORE", kPolicyExample}, kAnswerIsNo},
         {{"diff", "--decisions", "STORE", kPolicyExample}, kAnswerIsNo},
         {{"task", "remove", R"(\Added\first)"}},
@@ -79,7 +81,7 @@ const std::vector<Command>& commands() {
 
 bool isEdit(const Command& command) {
     static const std::set<std::string> kVerbs = {"add", "remove", "import", "set", "move"};
-    return command.words.size() > 1 && kVerbs.count(command.words[1]) != 0;
+    return command.words.front() == "apply" || (command.words.size() > 1 && kVerbs.count(command.words[1]) != 0);
 }
 
 // Runs a command in this process, in which a store in memory stays open.

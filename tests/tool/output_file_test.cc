@@ -105,6 +105,7 @@ TEST_F(OutputFileTest, WhatCannotBeWrittenIsRefusedWithTheReason) {
     EXPECT_THAT(refusal(path("none/out")), HasSubstr("none/out\": No such file or directory"));
     EXPECT_THAT(refusal(path("f")), HasSubstr("Is a directory"));
     EXPECT_THAT(refusal(path("f/none/")), HasSubstr("cannot write"));
+    EXPECT_THAT(refusal("-"), HasSubstr("cannot write \"-\": name a file, or /dev/stdout"));
     EXPECT_THAT(refusal(""), HasSubstr("cannot write \"\": No such file"));
     OutputFile full("/dev/full");
     full.stream() << "text";

@@ -3,7 +3,7 @@
 #include <iostream>
 #include <optional>
 
-#include "analysis/diff_decisions.h"
+#include "analysis/diff_decisions_command.h"
 #include "command_options.h"
 #include "output/standard_output.h"
 

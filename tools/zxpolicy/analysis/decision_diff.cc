@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "analysis/decision_space.h"
+#include "output/progress.h"
 #include "output/text.h"
 #include "stored/rule_tasks.h"
 #include "tool_error.h"
@@ -69,8 +70,12 @@ public:
     DecisionDiff run() {
         DecisionDiff diff;
         diff.kinds = uint64_t{_space.senders().size()} * _space.receivers().size();
-        for (size_t sender = 0; sender < _space.senders().size(); ++sender)
+        Progress progress("kinds of senders", _space.senders().size());
+        for (size_t sender = 0; sender < _space.senders().size(); ++sender) {
             compare(sender);
+            progress.step(sender);
+        }
+        progress.clear();
         for (auto& [decisions, change] : _changes) {
             diff.changed += change.count;
             diff.changes.push_back(std::move(change));

@@ -20,7 +20,10 @@ public:
         for (const StoredRule& rule : _stored.rules) {
             _rule = rule.path;
             _place = "rule " + oneLine(rule.path);
-            if (rule.conditions.empty())
+            if (rule.isOfOtherType)
+                add(Severity::Warning, "no-conditions", "its matchType is not 0: no mail matches it",
+                    "set its matchType to 0 and add conditions, or delete the rule");
+            else if (rule.conditions.empty())
                 add(Severity::Warning, "no-conditions", "it has no condition: no mail matches it",
                     "add conditions, or delete the rule");
             for (size_t i = 0; i < rule.conditions.size(); ++i) {

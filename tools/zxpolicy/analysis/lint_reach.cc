@@ -4,6 +4,7 @@
 
 #include "analysis/lint.h"
 #include "analysis/unreached_rule.h"
+#include "output/progress.h"
 #include "output/text.h"
 #include "stored/rule_tasks.h"
 #include "tool_error.h"
@@ -19,8 +20,11 @@ public:
         _options.isBest = isBest;
         _found.resize(rules().size());
         _ranks.resize(rules().size(), kMalformed);
-        for (size_t sender = 0; sender < space.senders().size(); ++sender)
+        Progress progress("kinds of senders", space.senders().size());
+        for (size_t sender = 0; sender < space.senders().size(); ++sender) {
             look(sender, space.decide(0, sender, isBest));
+            progress.step(sender);
+        }
     }
 
     // A mail for each rule that one gets to, which the library has been asked about.
@@ -48,7 +52,9 @@ public:
         for (uint32_t rule = 0; rule < _found.size(); ++rule)
             if (!_found[rule] || isMalformedOnly(rule)) answers[rule] = {};
         const ClassBits all(_space.receivers().size(), true);
+        Progress progress("kinds of senders", _space.senders().size());
         for (size_t sender = 0; sender < _space.senders().size() && !answers.empty(); ++sender) {
+            progress.step(sender);
             const std::vector<uint32_t> decisions = _space.decide(0, sender, _options.isBest);
             for (auto& [rule, counts] : answers) {
                 if (isMalformedOnly(rule) && !_space.senders().wellFormed().has(sender)) continue;

@@ -15,18 +15,19 @@ namespace tool {
 
 namespace {
 
-// The conditions that matching meets: a failure to read one is the end of them, and a text that is none leaves the one
-// before it where it was.
-std::vector<StoredRule::Condition> conditionsOf(const RuleHandle& rule) {
-    std::vector<StoredRule::Condition> conditions;
+// Fills in the conditions that matching meets: a failure to read one is the end of them, and a text that is none leaves
+// the one before it where it was.
+void readConditions(const RuleHandle& handle, StoredRule& rule) {
+    std::vector<StoredRule::Condition>& conditions = rule.conditions;
     for (uint32_t index = 0;; ++index) {
         _ZxPolAddrPairCond pair;
         // Sides without an end are nobody's.
         std::memset(&pair, 'x', sizeof pair);
         uint32_t size = sizeof pair;
         int result = ZXPOL_S_OK;
-        zxpol_enumCondition(rule.get(), index, reinterpret_cast<unsigned char*>(&pair), &size, &result);
-        if (ZX_FAILURE(result)) return conditions;
+        zxpol_enumCondition(handle.get(), index, reinterpret_cast<unsigned char*>(&pair), &size, &result);
+        rule.isOfOtherType = result == ZXPOL_E_NOT_SUPPORTED;
+        if (ZX_FAILURE(result)) return;
         if (std::memchr(pair.sender, '\0', sizeof pair.sender) != nullptr) {
             conditions.push_back({pair.sender, pair.receiver});
         } else {
@@ -39,7 +40,8 @@ std::vector<StoredRule::Condition> conditionsOf(const RuleHandle& rule) {
 void addRule(const RuleHandle& handle, const std::string& path, const std::string& key, uint32_t parent,
              std::vector<StoredRule>& rules) {
     const auto number = static_cast<uint32_t>(rules.size());
-    rules.push_back({path, key, parent, {}, conditionsOf(handle)});
+    rules.push_back({path, key, parent, {}, {}});
+    readConditions(handle, rules.back());
     if (number != 0) rules[parent].children.push_back(number);
     for (const std::string& name : namesOf(zxpol_enumRule, handle.get(), "the rules below rule " + oneLine(path))) {
         const std::string below = childName(path, name);

@@ -24,6 +24,7 @@ struct StoredRule {
     uint32_t parent = 0;
     std::vector<uint32_t> children;  // in order
     std::vector<Condition> conditions;
+    bool isOfOtherType = false;  // its matchType is not 0: what conditions it has are not compared
 };
 
 // An address list that a condition names.

@@ -77,6 +77,7 @@ bool areSameFile(const std::string& a, const std::string& b) {
 
 OutputFile::OutputFile(const std::string& path, const std::vector<std::string>& kept)
     : _name(inQuotes(path, 4096)), _target(path) {
+    if (path == "-") throw UsageError("cannot write " + _name + ": name a file, or /dev/stdout");
     for (const std::string& file : kept)
         if (areSameFile(path, file))
             throw UsageError("cannot write " + _name + ": the command needs the file " + inQuotes(file, 4096) +

@@ -1,4 +1,4 @@
-#include "analysis/diff_decisions.h"
+#include "analysis/diff_decisions_command.h"
 
 #include <ostream>
 
