@@ -1,6 +1,7 @@
 // Comparing two policies.
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "change/apply.h"
@@ -198,7 +199,8 @@ TEST_F(DiffCommandTest, AddressesAreToldByNumberWithSamples) {
 TEST_F(DiffCommandTest, ListsAreComparedByTheirAttributesAndPasswordsNeverShown) {
     const std::string staff = "{name: Staff, type: directory, server: s, password: secret}";
     EXPECT_EQ(diff(policyWith(staff, "{name: Staff, type: directory, server: t, password: other}")),
-              "changed address list Staff\n  server: \"s\" -> \"t\"\n1 changed\n");
+              "changed address list Staff\n  server: \"s\" -> \"t\"\n  password\n1 changed\n");
+    EXPECT_EQ(diff(policyWith("password: secret", "port: 0"), 0), "the policies are the same\n");
     EXPECT_EQ(diff(policyWith(staff, "{name: Staff, displayName: S, addresses: [a@b]}\n  - {name: New}")),
               "created address list New\n"
               "changed address list Staff\n"
@@ -211,6 +213,12 @@ TEST_F(DiffCommandTest, ListsAreComparedByTheirAttributesAndPasswordsNeverShown)
     const Outcome files = run({"diff", one, write("two.yaml", policyWith("password: secret", "password: other"))});
     EXPECT_EQ(files.out, "changed address list Staff\n  password\n1 changed\n");
     EXPECT_EQ(files.status, 1);
+    const std::string other = "sqlite:" + path("other.db");
+    EXPECT_EQ(runShell("$zxpolicy --store sqlite:other.db apply two.yaml").status, 0);
+    EXPECT_EQ(run({"diff", location(), other}).out, files.out);
+    // What cannot be compared is not the same.
+    std::filesystem::remove(path("other.db.key"));
+    EXPECT_THAT(refuse({"diff", location(), other}), HasSubstr("The key file is missing"));
 }
 
 TEST_F(DiffCommandTest, WhatCannotBeReadIsAnError) {

@@ -88,6 +88,20 @@ TEST_F(OutputFileTest, BehindALinkTheFileItselfIsWritten) {
     EXPECT_EQ(read(file), "new");
 }
 
+// The link stays one.
+TEST_F(OutputFileTest, BehindALinkToAFileThatIsNotThereThatFileIsMade) {
+    std::filesystem::create_symlink("b", path("f/a"));
+    std::filesystem::create_symlink("../f/new", path("f/b"));
+    OutputFile output(path("f/a"));
+    output.stream() << "text";
+    output.keep();
+    EXPECT_EQ(read(path("f/new")), "text");
+    EXPECT_THAT(names(), UnorderedElementsAre("a", "b", "new"));
+    EXPECT_TRUE(std::filesystem::is_symlink(path("f/b")));
+    std::filesystem::create_symlink("ring", path("f/ring"));
+    EXPECT_THAT(refusal(path("f/ring")), HasSubstr("Too many levels of symbolic links"));
+}
+
 TEST_F(OutputFileTest, APipeIsWrittenDirectly) {
     ASSERT_EQ(mkfifo(path("f/pipe").c_str(), 0600), 0);
     const int reader = open(path("f/pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
@@ -125,6 +139,25 @@ TEST_F(OutputFileTest, StandardOutputByItsNameIsWrittenWhereItStands) {
         "zxpolicy: 1\nlists: [{name: L, addresses: [a@b.c]}]\nroot: {conditions: [{sender: \"*\", receiver: "
         "\"*\"}]}\n");
     EXPECT_EQ(runShell("echo before; $zxpolicy list export L /dev/stdout; echo behind").out, "before\na@b.c\nbehind\n");
+    const Outcome other = runShell(
+        "exec 5>five; echo before >&5; $zxpolicy list export L /dev/fd/5; rm five; $zxpolicy list export L /dev/fd/5");
+    EXPECT_EQ(other.status, 0) << other.err;
+    EXPECT_EQ(
+        runShell("exec 5>five; echo before >&5; $zxpolicy list export L /dev/fd/5; echo behind >&5; cat five").out,
+        "before\na@b.c\nbehind\n");
+}
+
+// What is opened in the place of a closed stream is not what the name is of.
+TEST_F(OutputFileTest, NothingIsWrittenToClosedStreams) {
+    apply(
+        "zxpolicy: 1\nlists: [{name: L, addresses: [a@b.c]}]\nroot: {conditions: [{sender: \"*\", receiver: "
+        "\"*\"}]}\n");
+    for (const char* closed : {">&-", "2>&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
+        EXPECT_EQ(runShell(std::string("$zxpolicy list export L /dev/null ") + closed).status, 0) << closed;
+        EXPECT_EQ(runShell(std::string("$zxpolicy list export L f/out ") + closed).status, 0) << closed;
+        EXPECT_EQ(read(path("f/out")), "a@b.c\n") << closed;
+        std::filesystem::remove(path("f/out"));
+    }
 }
 
 TEST_F(OutputFileTest, AFileThatGrowsTooLargeLeavesTheOldOne) {
@@ -144,9 +177,10 @@ TEST_F(OutputFileTest, ASignalThatEndsTheProgramLeavesNothing) {
     write("f/changes", "old");
     write("other.yaml", "zxpolicy: 1\nroot: {conditions: [{sender: x@y, receiver: x@y}]}\n");
     ASSERT_EQ(mkfifo(path("mails").c_str(), 0600), 0);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGUSR1, SIGUSR2, SIGALRM, SIGXCPU, SIGABRT}) {
         const Outcome outcome = runShell(
-            "exec 3<>mails; env --default-signal=INT,TERM,HUP $zxpolicy replay --envelopes mails --against other.yaml "
+            "exec 3<>mails; ulimit -c 0; env --default-signal=INT,QUIT,TERM,HUP $zxpolicy replay --envelopes mails "
+            "--against other.yaml "
             "--changes f/changes 2>said & while [ -z \"$(ls -A f | grep zxpolicy)\" ]; do sleep 0.01; done; kill -" +
             std::to_string(signal) + " $!; wait $!");
         EXPECT_EQ(outcome.status, 128 + signal);
@@ -169,7 +203,8 @@ TEST_F(OutputFileTest, CommandsDoNotWriteOverWhatTheyNeed) {
         {"replay", "--envelopes", mails, "--against", other, "--changes"},
     };
     for (const std::vector<std::string>& command : commands) {
-        std::vector<std::string> needed = {database, path("./policy.db"), database + ".key", database + "-wal"};
+        std::vector<std::string> needed = {database,          path("./policy.db"),         database + ".key",
+                                           database + "-wal", path("./policy.db-journal"), path("f/../policy.db-shm")};
         if (command[0] != "list") needed.push_back(mails);
         if (command[0] == "replay") needed.push_back(other);
         for (const std::string& file : needed) {
@@ -183,6 +218,26 @@ TEST_F(OutputFileTest, CommandsDoNotWriteOverWhatTheyNeed) {
             EXPECT_EQ(std::filesystem::exists(file), wasThere) << file;
             EXPECT_EQ(wasThere ? read(file) : "", before) << file;
         }
+    }
+    // Its key is beside the database, wherever a link to it is.
+    std::filesystem::create_symlink(database, path("f/link.db"));
+    EXPECT_THAT(runShell("$zxpolicy --store sqlite:f/link.db list export L policy.db.key").err,
+                HasSubstr("the command needs the file"));
+    EXPECT_FALSE(std::filesystem::exists(database + ".key"));
+}
+
+TEST_F(OutputFileTest, CommandsDoNotWriteOverWhatTheyReadAsStandardInput) {
+    apply(policyWithRoot(""));
+    write("mails.tsv", "a@b.c\td@e.f\n");
+    write("other.yaml", policyWithRoot(""));
+    for (const char* command : {"report --envelopes - --html mails.tsv <mails.tsv",
+                                "replay --envelopes - --against other.yaml --changes mails.tsv <mails.tsv",
+                                "replay --envelopes mails.tsv --against - --changes other.yaml <other.yaml"}) {
+        const Outcome outcome = runShell(std::string("$zxpolicy ") + command);
+        EXPECT_EQ(outcome.status, 2) << command;
+        EXPECT_THAT(outcome.err, HasSubstr("the command needs standard input as it is")) << command;
+        EXPECT_EQ(read(path("mails.tsv")), "a@b.c\td@e.f\n") << command;
+        EXPECT_EQ(read(path("other.yaml")), policyWithRoot("")) << command;
     }
 }
 

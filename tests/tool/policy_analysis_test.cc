@@ -171,7 +171,7 @@ void checkOutside(uint32_t seed, uint32_t& outside) {
             const std::vector<StoredRule::Condition>& above = rules[rules[rule].parent].conditions;
             const auto isAbove = [&](const auto& matchesMail) {
                 return std::any_of(above.begin(), above.end(), [&](const StoredRule::Condition& condition) {
-                    return condition.isReadable && matchesMail(textOf(condition));
+                    return matchesMail(textOf(condition));
                 });
             };
             const auto found = told.find({rules[rule].path, i + 1});

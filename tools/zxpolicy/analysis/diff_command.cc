@@ -17,7 +17,7 @@ Policy readPolicyFrom(const std::string& text) {
     if (!isStoreLocation(text)) return readPolicy(text, readFile(text));
     const Store store(text, Store::Missing::Refuse);
     store.requirePolicy();
-    StoredPolicy stored = readPolicySnapshot(store, Secrets::Leave);
+    StoredPolicy stored = readPolicySnapshot(store, Secrets::Read);
     requireNoProblems(stored.problems, "cannot compare the store " + oneLine(text));
     return std::move(stored.policy);
 }

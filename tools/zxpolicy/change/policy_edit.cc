@@ -27,7 +27,7 @@ Lines newLines(const Lines& before, const Lines& after) {
 
 // The conditions of the stored policy that are not covered.
 Lines uncoveredNow(const ApplyContext& context, const Policy& stored) {
-    ApplyContext look{context.store, context.source, {}, {}, Progress("rules", false), {}};
+    ApplyContext look{context.store, context.source, {}, {}, Progress("rules", {}, false), {}};
     int result = ZXPOL_S_OK;
     const RuleHiveHandle rules(zxpol_openRuleHive(context.store.key(), 0, &result));
     const RuleHandle root(zxpol_openRootRule(rules.get(), &result));

@@ -10,8 +10,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 
+#include "output/file_path.h"
 #include "output/text.h"
 #include "tool_error.h"
 
@@ -19,7 +19,8 @@ namespace tool {
 
 namespace {
 
-constexpr std::array kEndingSignals{SIGHUP, SIGINT, SIGTERM, SIGPIPE, SIGXFSZ};
+constexpr std::array kEndingSignals{SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGPIPE, SIGALRM,
+                                    SIGUSR1, SIGUSR2, SIGXFSZ, SIGXCPU, SIGABRT};
 
 // The temporary file that is being written.
 std::atomic<const char*> g_temporary{nullptr};
@@ -43,15 +44,6 @@ void watchSignals(void (*from)(int), void (*to)(int)) {
     }
 }
 
-// The output that is this file already: what others write there stays.
-int standardStreamOf(const struct stat& file) {
-    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
-        struct stat open {};
-        if (fstat(stream, &open) == 0 && open.st_dev == file.st_dev && open.st_ino == file.st_ino) return stream;
-    }
-    return -1;
-}
-
 // The mode of a file that is made anew.
 mode_t newMode() {
     const mode_t mask = umask(0);
@@ -59,47 +51,44 @@ mode_t newMode() {
     return 0666 & ~mask;
 }
 
-// The owner stays where this user may give files away.
+// Owner and group stay where this user may give files away. Another group does not get what the old one may.
 bool takeOver(int descriptor, const struct stat& old) {
-    [[maybe_unused]] const int ignored = fchown(descriptor, old.st_uid, old.st_gid);
-    return fchmod(descriptor, old.st_mode & 07777) == 0;
-}
-
-// Whether two paths are of one file, also where there is none yet.
-bool areSameFile(const std::string& a, const std::string& b) {
-    std::error_code error;
-    if (std::filesystem::equivalent(a, b, error)) return true;
-    const std::filesystem::path whole = std::filesystem::weakly_canonical(a, error);
-    return !whole.empty() && whole == std::filesystem::weakly_canonical(b, error);
+    mode_t mode = old.st_mode & 0777;
+    const bool hasGroup =
+        fchown(descriptor, old.st_uid, old.st_gid) == 0 || fchown(descriptor, static_cast<uid_t>(-1), old.st_gid) == 0;
+    if (!hasGroup) mode &= ~static_cast<mode_t>(S_IRWXG);
+    return fchmod(descriptor, mode) == 0;
 }
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path, const std::vector<std::string>& kept)
-    : _name(inQuotes(path, 4096)), _target(path) {
+OutputFile::OutputFile(const std::string& path, const std::vector<std::string>& kept) : _name(inQuotes(path, 4096)) {
     if (path == "-") throw UsageError("cannot write " + _name + ": name a file, or /dev/stdout");
     for (const std::string& file : kept)
-        if (areSameFile(path, file))
-            throw UsageError("cannot write " + _name + ": the command needs the file " + inQuotes(file, 4096) +
+        if (file == "-" ? isStandardInput(path) : areSameFile(path, file))
+            throw UsageError("cannot write " + _name + ": the command needs " +
+                             (file == "-" ? "standard input" : "the file " + inQuotes(file, 4096)) +
                              " as it is; name another one");
     struct stat old {};
     const bool isThere = stat(path.c_str(), &old) == 0;
-    const int standardStream = isThere ? standardStreamOf(old) : -1;
-    if (standardStream >= 0) {
-        _descriptor = fcntl(standardStream, F_DUPFD_CLOEXEC, 0);
+    const int missing = isThere ? ENOENT : errno;
+    const int writable = writableDescriptorOf(path);
+    if (writable >= 0) {
+        _descriptor = fcntl(writable, F_DUPFD_CLOEXEC, 0);
     } else if (isThere && !S_ISREG(old.st_mode)) {
         _descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
     } else if (!isThere || access(path.c_str(), W_OK) == 0) {
-        if (isThere) _target = std::filesystem::canonical(path).string();
-        openBeside();
+        openBeside(withoutLinks(path));
+        if (_target.empty()) errno = missing;
     }
     const bool isOpen = _descriptor >= 0;
     const bool hasMode =
         isOpen && (_temporary.empty() || (isThere ? takeOver(_descriptor, old) : fchmod(_descriptor, newMode()) == 0));
     if (!hasMode) {
         const int error = errno;
+        const char* where = _target.empty() ? "" : "no file can be made in its folder: ";
         discard();
-        throw UsageError("cannot write " + _name + ": " + std::strerror(error));
+        throw UsageError("cannot write " + _name + ": " + where + std::strerror(error));
     }
     _stream.rdbuf(&_buffer.emplace(_descriptor));
 }
@@ -108,13 +97,10 @@ OutputFile::~OutputFile() {
     discard();
 }
 
-void OutputFile::openBeside() {
-    const size_t slash = _target.rfind('/') + 1;  // 0 without one
-    if (slash == _target.size()) {
-        errno = ENOENT;
-        return;
-    }
-    _temporary = _target.substr(0, slash) + ".zxpolicy-XXXXXX";
+void OutputFile::openBeside(const std::string& target) {
+    if (target.empty()) return;
+    _target = target;
+    _temporary = _target.substr(0, _target.rfind('/') + 1) + ".zxpolicy-XXXXXX";
     g_temporary = _temporary.c_str();
     watchSignals(SIG_DFL, removeTemporary);
     _descriptor = mkostemp(_temporary.data(), O_CLOEXEC);

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "output/file_path.h"
 #include "output/text.h"
 #include "stored/raw_key.h"
 #include "tool_error.h"
@@ -33,10 +34,12 @@ bool isMissingFileInFolder(const std::string& location) {
 std::vector<std::string> filesOf(const std::string& locationOrFile) {
     const std::string engine = kFileEngine;
     if (locationOrFile.compare(0, engine.size(), engine) != 0)
-        return locationOrFile == "-" || locationOrFile.rfind(kMemoryEngine, 0) == 0
-                   ? std::vector<std::string>{}
-                   : std::vector<std::string>{locationOrFile};
-    const std::string database = locationOrFile.substr(engine.size());
+        return locationOrFile.rfind(kMemoryEngine, 0) == 0 ? std::vector<std::string>{}
+                                                           : std::vector<std::string>{locationOrFile};
+    // The others are beside the file itself, wherever links to it are.
+    const std::string named = locationOrFile.substr(engine.size());
+    const std::string whole = withoutLinks(named);
+    const std::string& database = whole.empty() ? named : whole;
     return {database, database + ".key", database + "-wal", database + "-shm", database + "-journal"};
 }
 

@@ -43,7 +43,7 @@ bool isMissingFile(const std::string& location);
 // Whether it is one that can be made: its folder exists.
 bool isMissingFileInFolder(const std::string& location);
 
-// The files that are read by a command that is given this store, or this policy file; none of "-".
+// The files that are read by a command that is given this store, or this policy file; "-" is standard input.
 std::vector<std::string> filesOf(const std::string& locationOrFile);
 
 // One update of a store: all writes while it is open are kept together, or taken back. Other writers wait.
