@@ -162,7 +162,7 @@ void explain(A& with) {
     int error = ZXPOL_S_OK;
     zxpol_explainMatch(mail.rules, mail.lists, mail.mode, mail.sender, mail.receivers, &ToldMatch::hear, &told,
                        &mail.pairs, &mail.count, &error);
-    if (error >= 0) told.requireRecords(mail.pairs, mail.count);
+    if (error >= 0) told.requireRecords(mail.rules, mail.pairs, mail.count);
     require(error >= 0 || (mail.pairs == nullptr && mail.count == 0), "a failed match has pairs");
     zxpol_freeMatchPair(mail.pairs, mail.count, nullptr);
 }

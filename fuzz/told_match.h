@@ -15,13 +15,13 @@ public:
     // The observer; its context is a ToldMatch.
     static void hear(void* context, const _ZxPolMatchStep* step);
 
-    // Fails unless the records of a match that succeeded are what its steps told.
-    void requireRecords(const _ZxPolMatchPair* pairs, uint32_t count) const;
+    // Fails unless the records of a match by these rules that succeeded are what its steps told.
+    void requireRecords(_ZxPolComHandle* rules, const _ZxPolMatchPair* pairs, uint32_t count) const;
 
 private:
     struct Collection {
         std::string rulePath;
-        std::vector<std::string> tasks;
+        std::vector<std::string> tasks;  // full names
     };
     void hear(const _ZxPolMatchStep& step);
     void hearTask(const _ZxPolMatchStep& step);

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Checks the tree at $1: no promises left in code, no disabled tests, no path of the machine that it was written on,
-# every top-level folder in the README's map, which names none that is gone, and no folder of the tool that includes from
-# one above it. Prints what is wrong.
+# every top-level folder in the README's map, which names none that is gone, and no folder of the tool that includes
+# what is above it. Prints what is wrong.
 set -euo pipefail
 cd "$1"
 wrong=0
@@ -38,7 +38,8 @@ folders=$(files | sed -n 's|/.*||p' | sort -u | while read -r name; do [[ ! -d $
 difference=$(diff <(printf '%s\n' "$map") <(printf '%s\n' "$folders") || true)
 [[ -z $difference ]] || complain "README.md's map (<) and the folders that exist (>) differ:" "$difference"
 
-# The folders of the tool include only from those that stand before them in docs/architecture.md.
+# The folders of the tool, each a row of a table in docs/architecture.md, include only from those that stand before
+# them there. Of the headers beside the folders two are for all of them; the others are above.
 tool=tools/zxpolicy later=()
 mapfile -t order < <(sed -n "s,^| \`$tool/\([a-z]*\)/\` |.*,\1,p" docs/architecture.md | tac)
 ((${#order[@]} > 1)) || complain "docs/architecture.md does not name the folders of $tool"
@@ -48,6 +49,13 @@ for folder in "${order[@]}"; do
         [[ -z $hits ]] || complain "$tool/$folder includes from a folder above it:" "$hits"
     done
     later+=("$folder")
+done
+mapfile -t top < <(files | sed -n "s,^$tool/\([a-z_]*\.h\)$,\1,p" | grep -vx 'tool_error\.h\|result_names\.h')
+((${#top[@]} > 1)) || complain "$tool has no headers beside its folders"
+for folder in $(files | sed -n "s,^$tool/\([^/]*\)/.*\.\(h\|cc\)$,\1,p" | sort -u); do
+    [[ " ${order[*]} " == *" $folder "* ]] || complain "docs/architecture.md has no row for $tool/$folder"
+    hits=$(grep -rnE "#include \"($(IFS='|' && echo "${top[*]//./\\.}"))\"" "$tool/$folder" || true)
+    [[ -z $hits ]] || complain "$tool/$folder includes what is above the folders:" "$hits"
 done
 
 for file in README.md quickstart run-tests run-bench scripts/setup .ci/run; do

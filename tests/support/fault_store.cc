@@ -214,6 +214,14 @@ CountedCalls::~CountedCalls() {
     --countingDepth;
 }
 
+UncountedCalls::UncountedCalls() : _depth(countingDepth) {
+    countingDepth = 0;
+}
+
+UncountedCalls::~UncountedCalls() {
+    countingDepth = _depth;
+}
+
 bool insideRealStore() {
     return storeDepth > 0;
 }

@@ -72,6 +72,18 @@ public:
     CountedCalls& operator=(const CountedCalls&) = delete;
 };
 
+// As long as one of these lives, the calls of its thread are not counted, and none fails.
+class UncountedCalls {
+public:
+    UncountedCalls();
+    ~UncountedCalls();
+    UncountedCalls(const UncountedCalls&) = delete;
+    UncountedCalls& operator=(const UncountedCalls&) = delete;
+
+private:
+    int _depth;
+};
+
 // Whether this thread is inside the real store, or writing the books: allocations there are not the library's.
 bool insideRealStore();
 bool insideStoreBooks();

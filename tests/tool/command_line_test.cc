@@ -135,6 +135,15 @@ TEST_F(CommandLineTest, AStoreThatIsNotThereIsNoEmptyPolicy) {
         EXPECT_THAT(outcome.err, HasSubstr("there is no store at " + location()));
         EXPECT_NE(access(path("policy.db").c_str(), F_OK), 0) << "the store was made";
     }
+    // A path that is not there cannot be made either.
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"dump"}, {"apply", "--dry-run", "-"}}) {
+        std::vector<std::string> pathless = {"--store", "sqlite:"};
+        pathless.insert(pathless.end(), arguments.begin(), arguments.end());
+        const Outcome outcome = runPlain(pathless, {}, policyWithRoot(""));
+        EXPECT_EQ(outcome.status, 3);
+        EXPECT_THAT(outcome.err, HasSubstr("cannot open the store sqlite:: "));
+        EXPECT_THAT(outcome.err, HasSubstr("ZXREG_E_LOCATION (0x81021908)"));
+    }
     const Outcome memory = runPlain({"--store", "memory:", "dump"});
     EXPECT_EQ(memory.status, 3);
     EXPECT_THAT(memory.err, HasSubstr("holds no policy"));
@@ -161,6 +170,17 @@ TEST_F(CommandLineTest, TheStoreComesFromTheOptionThenFromTheEnvironment) {
     EXPECT_THAT(runPlain({"dump", "--store", other}, {"ZXPOLICY_STORE=" + own}).out, Not(HasSubstr("comment")));
 }
 
+TEST_F(CommandLineTest, NumbersAreDecimalAlsoWithZerosInFront) {
+    std::string rules = "  rules:\n";
+    for (const char name : std::string("ABCDEFGHIJKL"))
+        rules += std::string("    - {name: ") + name + ", conditions: [{sender: '*', receiver: '*'}]}\n";
+    apply(policyWithRoot(rules));
+    EXPECT_EQ(run({"rule", "move", "\\A", "--position", "010"}).status, 0);
+    EXPECT_THAT(run({"rule", "show", "\\A"}).out, HasSubstr("10 of 12"));
+    EXPECT_EQ(run({"rule", "move", "\\A", "--position", "0000000000009"}).status, 0);
+    EXPECT_THAT(run({"rule", "show", "\\A"}).out, HasSubstr("9 of 12"));
+}
+
 TEST_F(CommandLineTest, NumbersOutOfTheirRangeAreNamedWithIt) {
     for (const auto& [arguments, says] :
          {std::pair{std::vector<std::string>{"task", "set", "\\t", "--filter", "-1"},
@@ -170,6 +190,12 @@ TEST_F(CommandLineTest, NumbersOutOfTheirRangeAreNamedWithIt) {
           {{"rule", "move", "\\A", "--position", "0"}, "--position: \"0\" is no number from 1 to 4294967295"},
           {{"rule", "set", "\\A", "--match-type", "2147483648"}, "is no number from 0 to 2147483647"},
           {{"test", "a", "--min-coverage", "101"}, "--min-coverage: \"101\" is no number from 0 to 100"},
+          {{"rule", "move", "\\A", "--position", "0x10"}, "--position: \"0x10\" is no number from 1 to"},
+          {{"rule", "move", "\\A", "--position", "+5"}, "--position: \"+5\" is no number from 1 to"},
+          {{"rule", "move", "\\A", "--position", " 5"}, "--position: \" 5\" is no number from 1 to"},
+          {{"rule", "move", "\\A", "--position", "5 "}, "--position: \"5 \" is no number from 1 to"},
+          {{"rule", "move", "\\A", "--position", "1e1"}, "--position: \"1e1\" is no number from 1 to"},
+          {{"rule", "move", "\\A", "--position="}, "--position: \"\" is no number from 1 to"},
           {{"replay", "--envelopes", "a", "--bad-lines", "-1"}, "--bad-lines: \"-1\" is no number from 0 to"}}) {
         const Outcome outcome = runPlain(arguments);
         EXPECT_EQ(outcome.status, 2);

@@ -10,6 +10,7 @@
 #include "../support/experiment.h"
 #include "analysis/diff_decisions_command.h"
 #include "decisions/replay_command.h"
+#include "policy/address_text.h"
 #include "small_policy.h"
 #include "stored/rule_tasks.h"
 #include "tool_fixture.h"

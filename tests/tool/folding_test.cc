@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <iostream>
 #include <sstream>
 
 #include "output/colours.h"
+#include "output/standard_output.h"
 
 namespace tool {
 
@@ -13,8 +15,7 @@ namespace {
 
 std::string folded(const std::string& text, size_t width) {
     std::ostringstream out;
-    FoldedOutput output(out, width);
-    output << text;
+    { FoldedOutput(out, width) << text; }
     return out.str();
 }
 
@@ -46,6 +47,40 @@ TEST(Folding, AWordIsIndentedLessWhereItFitsThenAndIsNeverCut) {
     EXPECT_EQ(folded("    someone@sales.example\n", 22), " someone@sales.example\n");
     EXPECT_EQ(folded("│  │  ├─ someone@sales\n", 16), "│  │  ├─\n│  someone@sales\n");
     EXPECT_EQ(folded("  to someone@sales.example today\n", 10), "  to\nsomeone@sales.example\n    today\n");
+}
+
+TEST(Folding, BlanksAtTheEndMakeNoLine) {
+    EXPECT_EQ(folded("ab cd     \n", 6), "ab cd\n");
+    EXPECT_EQ(folded("ab cd     \nef\n", 4), "ab\n  cd\nef\n");
+    EXPECT_EQ(folded("│  ab     \n", 6), "│  ab\n");
+    const std::string painted = Colours(true).paint("ab     ", Tone::Good);
+    EXPECT_EQ(folded(painted + "\n", 4), Colours(true).paint("ab", Tone::Good) + "\n");
+}
+
+TEST(Folding, ALineThatDoesNotEndIsPrinted) {
+    EXPECT_EQ(folded("ab\ncd", 6), "ab\ncd");
+    EXPECT_EQ(folded("ab cd ef", 6), "ab cd\n  ef");
+    EXPECT_EQ(folded("ab\n", 6), "ab\n");
+}
+
+TEST(Folding, TheEndOfAnOutputPrintsWhatIsBegun) {
+    std::ostringstream out;
+    FoldedOutput output(out, 6);
+    output << "ab" << std::flush;
+    EXPECT_EQ(out.str(), "");
+    output.finish();
+    EXPECT_EQ(out.str(), "ab");
+    output.finish();
+    EXPECT_EQ(out.str(), "ab");
+}
+
+TEST(Folding, AReportPrintsWhatIsBegun) {
+    std::ostringstream out;
+    std::streambuf* const original = std::cout.rdbuf(out.rdbuf());
+    reportOutput(OutputFormat::Text) << "a\nb";
+    finishOutput();
+    std::cout.rdbuf(original);
+    EXPECT_EQ(out.str(), "a\nb");
 }
 
 TEST(Folding, ColoursTakeNoColumns) {

@@ -9,6 +9,7 @@
 
 #include "change/apply.h"
 #include "decisions/replay_command.h"
+#include "policy/address_text.h"
 #include "policy/policy_writer.h"
 #include "random_policy.h"
 #include "stored/rule_tasks.h"

@@ -41,7 +41,7 @@ TEST_F(TaskCommandTest, OneTaskIsShownWithOutcomesAndSettings) {
 
 TEST_F(TaskCommandTest, ATaskIsAddedWithAllThatItHolds) {
     EXPECT_EQ(
-        change({"task",          "add",       "\\Sales\\tag",   "--filter",  "0x1f",          "--enable",  "false",
+        change({"task",          "add",       "\\Sales\\tag",   "--filter",  "031",           "--enable",  "false",
                 "--overridable", "true",      "--display-name", "Tag",       "--comment",     "c",         "--outcome",
                 "hit=Odd",       "--setting", "text=[a, b]",    "--setting", "deep\\er\\n=5", "--setting", "none=",
                 "--position",    "1"}),

@@ -3,8 +3,10 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <cstdint>
 #include <string>
+#include <system_error>
 
 #include "decisions/match_words.h"
 #include "decisions/matcher.h"
@@ -32,16 +34,20 @@ CLI::Option* addWord(CLI::App& command, const std::string& name, Value& value, c
     return command.add_option_function<std::string>(name, set, help)->type_name(list);
 }
 
-// Adds an option that takes a whole number from `least` to `most`.
+// Adds an option that takes a whole number from `least` to `most`, in decimal digits alone.
 template <class Number>
 CLI::Option* addNumber(CLI::App& command, const std::string& name, Number& number, const std::string& help,
                        uint32_t least = 0, uint32_t most = UINT32_MAX) {
-    const auto check = [least, most](const std::string& text) {
-        std::string copy = text;
-        if (CLI::Range(least, most)(copy).empty()) return std::string();
-        return inQuotes(text) + " is no number from " + std::to_string(least) + " to " + std::to_string(most);
+    const auto set = [&number, name, least, most](const std::string& text) {
+        const char* const textEnd = text.data() + text.size();
+        uint32_t value = 0;
+        const auto [end, fault] = std::from_chars(text.data(), textEnd, value);
+        if (fault != std::errc() || end != textEnd || value < least || value > most)
+            throw CLI::ValidationError(
+                name, inQuotes(text) + " is no number from " + std::to_string(least) + " to " + std::to_string(most));
+        number = value;
     };
-    return command.add_option(name, number, help)->type_name("NUMBER")->check(check);
+    return command.add_option_function<std::string>(name, set, help)->type_name("NUMBER");
 }
 
 // Adds --json, and --format as well unless that means something else in this command.

@@ -7,6 +7,8 @@
 #include "analysis/diff_command.h"
 #include "change/classification_commands.h"
 #include "change/rule_commands.h"
+#include "show/classification_show.h"
+#include "show/rule_show.h"
 #include "tool_error.h"
 
 namespace CLI {

@@ -16,7 +16,7 @@ int runProgram(int argc, char** argv) {
     const StandardOutput output;
     try {
         const int status = runCommandLine(argc, argv);
-        std::cout.flush();
+        finishOutput();
         if (!std::cout) throw ToolError(kFailed, "cannot write to standard output: " + standardOutputFault());
         return status;
     } catch (const ToolError& failure) {

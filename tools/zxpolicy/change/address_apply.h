@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "difference/address_changes.h"
 #include "stored/handles.h"
@@ -11,8 +10,5 @@ namespace tool {
 
 // Makes the changes in an open list, each with one call. Throws a StoreError.
 void changeAddresses(const ListHandle& list, const std::string& where, const AddressChanges& changes);
-
-// Texts as the library takes them: an array closed by a null pointer.
-std::vector<const char*> textArray(const std::vector<std::string>& texts);
 
 }  // namespace tool

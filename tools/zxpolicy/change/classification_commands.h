@@ -1,4 +1,4 @@
-// The commands on classifications and their actions. An action is named CLASSIFICATION\ACTION.
+// The commands that change classifications and their actions. An action is named CLASSIFICATION\ACTION.
 #pragma once
 
 #include <cstdint>
@@ -11,12 +11,6 @@
 
 namespace tool {
 
-struct ClassificationShowOptions {
-    std::string store;
-    std::optional<std::string> name;  // absent: all of them
-    OutputFormat format = OutputFormat::Text;
-};
-
 struct ClassificationEditOptions : EditOptions {
     std::string name;
     TextEdit texts;
@@ -26,9 +20,6 @@ struct ClassificationEditOptions : EditOptions {
 };
 
 // Each runs a command, with its report to `out`. All throw a ToolError, and then nothing was changed.
-
-// All classifications, one with its actions, or one action.
-void runClassificationShow(const ClassificationShowOptions& options, std::ostream& out);
 
 void runClassificationAdd(const ClassificationEditOptions& options, std::ostream& out, std::ostream& err);
 void runClassificationSet(const ClassificationEditOptions& options, std::ostream& out, std::ostream& err);

@@ -1,4 +1,4 @@
-// The commands on the tree of rules, on one rule and on one task.
+// The commands that change rules and tasks.
 #pragma once
 
 #include <cstdint>
@@ -11,12 +11,6 @@
 #include "change/policy_edit.h"
 
 namespace tool {
-
-struct RuleShowOptions {
-    std::string store;
-    std::string path = "\\";
-    OutputFormat format = OutputFormat::Text;
-};
 
 struct RuleEditOptions : EditOptions {
     std::string path;
@@ -44,11 +38,6 @@ struct TaskEditOptions : EditOptions {
 
 // Each runs a command, with its report to `out` and warnings and notes to `err`. All throw a ToolError, and then
 // nothing was changed.
-
-// A rule with all below it; one rule; one task.
-void runTree(const RuleShowOptions& options, std::ostream& out);
-void runRuleShow(const RuleShowOptions& options, std::ostream& out);
-void runTaskShow(const RuleShowOptions& options, std::ostream& out);
 
 void runRuleAdd(const RuleEditOptions& options, std::ostream& out, std::ostream& err);
 void runRuleSet(const RuleEditOptions& options, std::ostream& out, std::ostream& err);

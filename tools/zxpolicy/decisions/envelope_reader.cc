@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "output/text.h"
+#include "policy/address_text.h"
 #include "tool_error.h"
 
 namespace tool {
@@ -31,14 +32,6 @@ std::optional<uint64_t> restOf(std::FILE* file) {
 }
 
 }  // namespace
-
-std::string senderFromText(const std::string& text) {
-    return text == "<>" ? "" : text;
-}
-
-std::string senderToText(const std::string& sender) {
-    return sender.empty() ? "<>" : oneLine(sender);
-}
 
 EnvelopeReader::EnvelopeReader(const std::string& path)
     : _name(path == "-" ? "standard input" : path),

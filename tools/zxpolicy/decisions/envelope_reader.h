@@ -31,11 +31,6 @@ private:
     std::string _fault;
 };
 
-// Takes <> for the null sender, the empty text.
-std::string senderFromText(const std::string& text);
-// The other way round, fit for a line.
-std::string senderToText(const std::string& sender);
-
 // Reads one line at a time, so that files of any size take little memory. Blank lines and a byte
 // order mark at the start are skipped, CR LF is taken for a line end.
 class EnvelopeReader {

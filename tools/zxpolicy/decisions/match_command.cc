@@ -8,6 +8,7 @@
 #include "decisions/match_report.h"
 #include "decisions/match_summary.h"
 #include "output/progress.h"
+#include "policy/address_text.h"
 #include "stored/snapshot.h"
 #include "tool_error.h"
 

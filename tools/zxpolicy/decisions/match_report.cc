@@ -4,6 +4,7 @@
 
 #include "output/json.h"
 #include "output/text.h"
+#include "policy/address_text.h"
 
 namespace tool {
 

@@ -6,6 +6,7 @@
 #include "decisions/match_summary.h"
 #include "output/table.h"
 #include "output/text.h"
+#include "policy/address_text.h"
 #include "result_names.h"
 
 namespace tool {

@@ -2,10 +2,10 @@
 
 #include <set>
 
-#include "decisions/envelope_reader.h"
 #include "decisions/match_words.h"
 #include "decisions/policy_test_keys.h"
 #include "output/text.h"
+#include "policy/address_text.h"
 #include "policy/unique_names.h"
 #include "policy/yaml_fields.h"
 #include "tool_error.h"

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <ostream>
 
-#include "decisions/envelope_reader.h"
 #include "decisions/match_failure.h"
 #include "decisions/match_words.h"
 #include "difference/sequence_diff.h"
 #include "output/text.h"
+#include "policy/address_text.h"
 #include "result_names.h"
 
 namespace tool {

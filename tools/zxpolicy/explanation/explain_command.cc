@@ -6,6 +6,7 @@
 #include "explanation/explainer.h"
 #include "explanation/explanation_report.h"
 #include "output/terminal_width.h"
+#include "policy/address_text.h"
 #include "tool_error.h"
 
 namespace tool {

@@ -1,12 +1,12 @@
 // The commands that add addresses to a list and remove them.
 #include <ostream>
 
-#include "change/address_apply.h"
 #include "lists/list_report.h"
 #include "output/json.h"
 #include "output/text.h"
 #include "policy/address_text.h"
 #include "stored/open_list.h"
+#include "stored/text_array.h"
 
 namespace tool {
 

@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <ostream>
 
-#include "decisions/envelope_reader.h"
 #include "lists/list_commands.h"
 #include "output/json.h"
 #include "output/output_file.h"
 #include "output/table.h"
 #include "output/text.h"
+#include "policy/address_text.h"
 #include "stored/open_list.h"
 #include "stored/snapshot.h"
 

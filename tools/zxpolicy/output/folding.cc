@@ -51,6 +51,15 @@ std::string leadBelow(std::string_view line) {
     return below;
 }
 
+LineFolder::~LineFolder() {
+    finish();
+}
+
+void LineFolder::finish() {
+    printLine();
+    _line.clear();
+}
+
 LineFolder::int_type LineFolder::overflow(int_type c) {
     if (traits_type::eq_int_type(c, traits_type::eof())) return traits_type::not_eof(c);
     const char text = traits_type::to_char_type(c);
@@ -58,8 +67,8 @@ LineFolder::int_type LineFolder::overflow(int_type c) {
         _line += text;
         return c;
     }
-    printLine();
-    _line.clear();
+    finish();
+    _out << '\n';
     return _out ? c : traits_type::eof();
 }
 
@@ -69,7 +78,7 @@ int LineFolder::sync() {
 
 void LineFolder::printLine() const {
     if (displayWidth(_line) <= _width)
-        _out << _line << '\n';
+        _out << _line;
     else
         printParts();
 }
@@ -84,6 +93,8 @@ void LineFolder::printParts() const {
         const size_t columns = displayWidth(std::string_view(_line).substr(word, end - word));
         if (displayWidth(part) + (word - begin) + columns <= _width) {
             part.append(_line, begin, end - begin);
+        } else if (columns == 0) {
+            part.append(_line, word, end - word);  // the end behind the last blanks, or of a colour
         } else {
             const std::string_view done = withoutBlanksBehind(part);
             if (!done.empty()) _out << done << '\n';
@@ -92,7 +103,7 @@ void LineFolder::printParts() const {
         }
         begin = end;
     }
-    _out << withoutBlanksBehind(part) << '\n';
+    _out << withoutBlanksBehind(part);
 }
 
 }  // namespace tool

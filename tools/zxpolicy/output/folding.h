@@ -18,6 +18,13 @@ std::string leadBelow(std::string_view line);
 class LineFolder : public std::streambuf {
 public:
     LineFolder(std::ostream& out, size_t width) : _out(out), _width(width) {}
+    // Passes on what is begun of a line.
+    ~LineFolder() override;
+    LineFolder(const LineFolder&) = delete;
+    LineFolder& operator=(const LineFolder&) = delete;
+
+    // Passes on what is begun of a line. What comes next is taken for the beginning of one.
+    void finish();
 
 protected:
     int_type overflow(int_type c) override;
@@ -37,6 +44,9 @@ private:
 class FoldedOutput : public std::ostream {
 public:
     FoldedOutput(std::ostream& sink, size_t width) : std::ostream(nullptr), _folder(sink, width) { rdbuf(&_folder); }
+
+    // Prints what is begun of a line, as the end of the object does.
+    void finish() { _folder.finish(); }
 
 private:
     LineFolder _folder;

@@ -18,6 +18,11 @@ DescriptorBuffer& outputBuffer() {
     return buffer;
 }
 
+FoldedOutput& foldedOutput() {
+    static FoldedOutput folded(std::cout, terminalWidth());
+    return folded;
+}
+
 // Reading from the first, or writing to the others, fails as it does on a closed one.
 void holdClosedStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
@@ -31,7 +36,7 @@ StandardOutput::StandardOutput() : _original(std::cout.rdbuf(&outputBuffer())) {
 }
 
 StandardOutput::~StandardOutput() {
-    std::cout.flush();
+    finishOutput();
     std::cout.rdbuf(_original);
 }
 
@@ -40,8 +45,12 @@ std::string standardOutputFault() {
 }
 
 std::ostream& reportOutput(OutputFormat format) {
-    static FoldedOutput folded(std::cout, terminalWidth());
-    return format == OutputFormat::Text ? folded : std::cout;
+    return format == OutputFormat::Text ? foldedOutput() : std::cout;
+}
+
+void finishOutput() {
+    foldedOutput().finish();
+    std::cout.flush();
 }
 
 }  // namespace tool

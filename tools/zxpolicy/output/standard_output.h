@@ -27,4 +27,7 @@ std::string standardOutputFault();
 // Standard output for a report. The lines of text are folded where they are wider than the terminal.
 std::ostream& reportOutput(OutputFormat format);
 
+// Writes all that was printed, also what is begun of a report's line.
+void finishOutput();
+
 }  // namespace tool

@@ -9,6 +9,14 @@
 
 namespace tool {
 
+std::string senderFromText(const std::string& text) {
+    return text == "<>" ? "" : text;
+}
+
+std::string senderToText(const std::string& sender) {
+    return sender.empty() ? "<>" : oneLine(sender);
+}
+
 std::string addressKey(const std::string& address) {
     std::string key(address.size() + 1, '\0');
     ZxPolRfc2822Checker::stripLocalPartBoundary(key.data(), address.c_str());

@@ -1,4 +1,4 @@
-// Addresses of lists as texts: which are the same, and which a list may hold.
+// Addresses as texts: those of senders, which of a list are the same, and which it may hold.
 #pragma once
 
 #include <string>
@@ -7,6 +7,11 @@
 #include <vector>
 
 namespace tool {
+
+// Takes <> for the null sender, the empty text.
+std::string senderFromText(const std::string& text);
+// The other way round, fit for a line.
+std::string senderToText(const std::string& sender);
 
 // What makes two addresses of a list the same: letter case and quotes around words of the local part do not count.
 std::string addressKey(const std::string& address);

@@ -1,6 +1,7 @@
 #include "policy/setting_reader.h"
 
 #include <algorithm>
+
 #include "output/text.h"
 #include "policy/policy_check.h"
 #include "policy/policy_limits.h"

@@ -20,7 +20,8 @@ constexpr const char* kMemoryEngine = "memory:";
 
 bool isMissingFile(const std::string& location) {
     const std::string engine = kFileEngine;
-    if (location.compare(0, engine.size(), engine) != 0) return false;
+    // No path at all is no file that could be made: the store says so.
+    if (location.compare(0, engine.size(), engine) != 0 || location == engine) return false;
     return access(location.c_str() + engine.size(), F_OK) != 0 && errno == ENOENT;
 }
 

@@ -1,7 +1,9 @@
-// The command that shows classifications.
+#include "show/classification_show.h"
+
 #include <ostream>
 
-#include "change/classification_commands.h"
+#include "output/fact_lines.h"
+#include "output/json.h"
 #include "output/table.h"
 #include "output/terminal_width.h"
 #include "policy/policy_items.h"

@@ -1,7 +1,11 @@
-// The commands that show rules and tasks.
-#include <ostream>
+#include "show/rule_show.h"
 
-#include "change/rule_commands.h"
+#include <optional>
+#include <ostream>
+#include <vector>
+
+#include "output/fact_lines.h"
+#include "output/json.h"
 #include "output/terminal_width.h"
 #include "policy/policy_items.h"
 #include "stored/policy_path.h"
