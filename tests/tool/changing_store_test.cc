@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <optional>
+#include <sstream>
 
 #include "running_program.h"
 #include "tool_fixture.h"
@@ -71,7 +72,11 @@ protected:
 
     // The lines but the notes that a store has changed meanwhile.
     static std::string withoutOutdated(const std::string& err) {
-        return err.find("has changed meanwhile") != std::string::npos ? "" : err;
+        std::istringstream lines(err);
+        std::string others;
+        for (std::string line; std::getline(lines, line);)
+            if (line.find("has changed meanwhile") == std::string::npos) others += line + '\n';
+        return others;
     }
 
     // Feeds a program that reads mails from standard input, and has the policy changed in the middle.

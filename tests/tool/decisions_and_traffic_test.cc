@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <sstream>
@@ -10,9 +9,10 @@
 #include "../support/experiment.h"
 #include "analysis/diff_decisions_command.h"
 #include "decisions/replay_command.h"
+#include "decisions/task_lookup.h"
+#include "output/text.h"
 #include "policy/address_text.h"
 #include "small_policy.h"
-#include "stored/rule_tasks.h"
 #include "tool_fixture.h"
 
 namespace tool {
@@ -23,11 +23,6 @@ using nlohmann::json;
 
 using Mail = std::pair<std::string, std::string>;   // sender, receiver
 using Rules = std::pair<std::string, std::string>;  // before and after, empty for none
-
-TaskLookup lookup(const Store& store) {
-    const auto tasks = std::make_shared<const RuleTasks>(store);
-    return [tasks](const std::string& path) { return tasks->namesOf(path); };
-}
 
 // The rule, or that there is a failure in its place.
 std::string outcomeIn(const json& rule, const json& failure) {
@@ -104,8 +99,8 @@ private:
         for (const json& change : report["changes"])
             for (const json& kind : change["kinds"])
                 changes[{kind["sender"], kind["receiver"]}] = {
-                    outcomeIn(change["before"]["rule"], change["before"]["failure"]),
-                    outcomeIn(change["after"]["rule"], change["after"]["failure"])};
+                    outcomeIn(change["before"]["rule"], change["before"].at("reason")),
+                    outcomeIn(change["after"]["rule"], change["after"].at("reason"))};
         EXPECT_EQ(status, changes.empty() ? kSuccess : kAnswerIsNo);
         return changes;
     }
@@ -118,7 +113,7 @@ private:
         options.against = after.location();
         options.envelopes = write("mails.tsv", linesOf(mails));
         options.samples = 1000000;
-        options.tasks = lookup;
+        options.tasks = lookupTasks;
         options.match = match;
         options.format = OutputFormat::Json;
         std::ostringstream out, err;
@@ -130,10 +125,9 @@ private:
             for (const json& mail : change["samples"])
                 changes[{mail["sender"], mail["receiver"]}] = {outcomeIn(change["ruleBefore"], change["failureBefore"]),
                                                                outcomeIn(change["ruleAfter"], change["failureAfter"])};
-        EXPECT_EQ(status, changes.empty() ? kSuccess : kAnswerIsNo);
-        // The other comparison does not tell one failure of the root from another.
-        for (auto change = changes.begin(); change != changes.end();)
-            change = change->second == Rules("a failure", "a failure") ? changes.erase(change) : std::next(change);
+        const bool hasFailed =
+            report.at("failed").at("before").at("mails") != 0 || report.at("failed").at("after").at("mails") != 0;
+        EXPECT_EQ(status, changes.empty() && !hasFailed ? kSuccess : kAnswerIsNo);
         return changes;
     }
 };

@@ -225,6 +225,7 @@ TEST_F(DiffCommandTest, WhatCannotBeReadIsAnError) {
     const std::string good = write("good.yaml", policy());
     EXPECT_THAT(refuse({"diff", good, path("none.yaml")}, 2), HasSubstr("cannot open"));
     EXPECT_THAT(refuse({"diff", good, write("bad.yaml", "zxpolicy: 1\nroot: {x: 1}\n")}), HasSubstr("bad.yaml:2:8"));
+    EXPECT_THAT(run({"diff", "-", good}, "root: 1\n").err, HasSubstr("zxpolicy: standard input:1:1: "));
     EXPECT_THAT(refuse({"diff", "memory:", good}), HasSubstr("holds no policy"));
     EXPECT_THAT(refuse({"diff", good}, 2), HasSubstr("B is required"));
     EXPECT_THAT(refuse({"diff", good, good, "--samples", "-1"}, 2), HasSubstr("--samples"));

@@ -5,6 +5,7 @@
 
 #include <sstream>
 
+#include "analysis/decision_diff.h"
 #include "tool_fixture.h"
 
 namespace tool {
@@ -40,7 +41,7 @@ TEST_F(DiffDecisionsTest, SaysThatPoliciesWrittenDifferentlyDecideTheSame) {
                                    .substr(12);
     const Outcome outcome = diff(policyFor("*@A.example"), listed);
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.out, "the same for every mail (2 kinds of mails compared)\n");
+    EXPECT_EQ(outcome.out, "the same rules and tasks for every mail (2 kinds of mails compared)\n");
     EXPECT_EQ(outcome.err, "");
 }
 
@@ -84,6 +85,37 @@ TEST_F(DiffDecisionsTest, TellsTheNumberAloneWithoutSamples) {
               "\\A -> \\: 1 kind of mails\n1 of 3 kinds of mails is decided differently\n");
 }
 
+// What a task is set to do is for the other comparison.
+TEST_F(DiffDecisionsTest, ComparesTasksByTheirNames) {
+    const std::string one = policyWithRoot("  tasks: [{name: scan, setting: {a: 1}, outcomes: {o: x}}]\n");
+    const std::string other = policyWithRoot("  tasks: [{name: scan, setting: {a: 2}, outcomes: {o: y}}]\n");
+    EXPECT_EQ(diff(one, other).out, "the same rules and tasks for every mail (1 kind of mails compared)\n");
+    EXPECT_EQ(run({"diff", path("before.yaml"), path("after.yaml")}).status, 1);
+}
+
+TEST_F(DiffDecisionsTest, TakesFailuresForTheSameWhateverTheirReasons) {
+    const DecisionOutcome failure{"\\A", {}, "one"};
+    EXPECT_EQ(failure, (DecisionOutcome{"\\", {}, "another"}));
+    EXPECT_NE(failure, (DecisionOutcome{"\\A", {}, ""}));
+    EXPECT_NE((DecisionOutcome{"\\A", {}, ""}), failure);
+    EXPECT_NE((DecisionOutcome{"\\A", {"\\t"}, ""}), (DecisionOutcome{"\\A", {}, ""}));
+}
+
+TEST_F(DiffDecisionsTest, StandardInputIsReadOnce) {
+    const std::string policy = policyFor("*@a.example");
+    for (const std::vector<std::string>& command : {std::vector<std::string>{"diff"}, {"diff", "--decisions"}}) {
+        const auto compared = [&](const std::vector<std::string>& policies) {
+            std::vector<std::string> arguments = command;
+            arguments.insert(arguments.end(), policies.begin(), policies.end());
+            return run(arguments, policy);
+        };
+        const Outcome outcome = compared({"-", "-"});
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_EQ(outcome.err, "zxpolicy: the two policies cannot both be read from standard input\n");
+        EXPECT_EQ(compared({"-", write("after.yaml", policy)}).status, 0);
+    }
+}
+
 TEST_F(DiffDecisionsTest, DependsOnTheWayOfMatching) {
     const std::string one = policyWithRoot(
         "  rules: [{name: A, conditions: [{sender: \"*\", receiver: \"*@a.example\"}]}, {name: B, conditions: "
@@ -104,7 +136,7 @@ TEST_F(DiffDecisionsTest, ReportsAsJson) {
     EXPECT_EQ(diff(policyFor("*@a.example"), policyFor("x@a.example"), options).out,
               "{\"version\":1,\"kinds\":3,\"changed\":1,\"changes\":[{\"before\":{\"rule\":\"\\\\A\",\"tasks\":["
               "\"\\\\scan\"],"
-              "\"failure\":null},\"after\":{\"rule\":\"\\\\\",\"tasks\":[\"\\\\scan\"],\"failure\":null},\"count\":1,"
+              "\"reason\":null},\"after\":{\"rule\":\"\\\\\",\"tasks\":[\"\\\\scan\"],\"reason\":null},\"count\":1,"
               "\"kinds\":[{\"sender\":\"anyone@anywhere.example\",\"senderMatches\":[\"*\"],\"receiver\":\"anyone@a."
               "example\","
               "\"receiverMatches\":[\"*\",\"*@a.example\"],\"wellFormed\":true}]}]}\n");

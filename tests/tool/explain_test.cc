@@ -213,6 +213,17 @@ TEST_F(ExplainTest, TextShowsTheRoadInOneColumn) {
                   "\n");
 }
 
+TEST_F(ExplainTest, TextTellsWhatWasComparedOfAnAddress) {
+    const std::string cut =
+        textOf({"--sender", "smtp:x@y.z", "--receiver", "x400:a:b@sales.example", "bob@sales.example"});
+    EXPECT_THAT(cut, testing::StartsWith("the road of a mail: first match\n"
+                                         "sender smtp:x@y.z, compared as \"x@y.z\"\n"
+                                         "\n"
+                                         "receiver x400:a:b@sales.example, compared as \"a:b@sales.example\"\n"));
+    EXPECT_THAT(cut, HasSubstr("\nreceiver bob@sales.example\n"));
+    EXPECT_THAT(textOf({"--sender", "<>", "--receiver", "bob@sales.example"}), Not(HasSubstr("compared as")));
+}
+
 TEST_F(ExplainTest, TextTellsWhyATaskIsLeftOut) {
     EXPECT_THAT(textOf({"--sender", "x@y.z", "--receiver", "x@sales.example"}),
                 HasSubstr("tasks of rule \\Wide\n"

@@ -2,8 +2,12 @@
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "decisions/match_failure.h"
+#include "decisions/replay_command.h"
+#include "decisions/task_lookup.h"
+#include "small_policy.h"
 #include "tool_fixture.h"
 #include "zxpolicy.h"
 #include "zxregistry.h"
@@ -83,6 +87,19 @@ TEST_F(FailedMailsTest, AMissingListIsAFailureOfItsMailsAlone) {
     EXPECT_THAT(outcome.out, HasSubstr("\n1 mail cannot be matched\n  from q@c: ZXPOL_E_NOT_FOUND (0x81021804): "));
 }
 
+// Another program may have written such a condition.
+TEST_F(FailedMailsTest, AListWithoutANameIsAFailureOfItsMailsAlone) {
+    SmallPolicy policy(1, SmallPolicyKind::Valid);
+    policy.keepOnlyRoot("(,a@b");
+    ReplayOptions options;
+    options.store = policy.store().location();
+    options.envelopes = write("mails.tsv", kSomeFailing);
+    options.tasks = lookupTasks;
+    std::ostringstream out, err;
+    EXPECT_EQ(runReplay(options, out, err), kAnswerIsNo);
+    EXPECT_THAT(out.str(), HasSubstr("\n2 mails cannot be matched\n  from q@q: ZXPOL_E_INVALID_ARG (0x81020008): "));
+}
+
 TEST_F(FailedMailsTest, TheFirstOnesAreShown) {
     apply(policyThatAsks(kDirectoryList));
     std::string mails;
@@ -108,7 +125,11 @@ TEST_F(FailedMailsTest, AComparisonHasThemAsAnOutcome) {
               "a failure (ZXPOL_E_NOT_SUPPORTED (0x81020001)) -> \\S\n"
               "  1 receiver of 1 mail\n"
               "  + task \\scan\n"
-              "  such as q@c to a@b\n");
+              "  such as q@c to a@b\n"
+              "\n"
+              "1 mail cannot be matched before\n"
+              "  from q@c: " +
+                  kNotSupported + "\n");
     EXPECT_THAT(read(path("changes.tsv")),
                 StrEq("2\tq@c\tz@z\ta failure (ZXPOL_E_NOT_SUPPORTED (0x81020001))\tno rule\n"
                       "2\tq@c\ta@b\ta failure (ZXPOL_E_NOT_SUPPORTED (0x81020001))\t\\S\n"));
@@ -122,8 +143,49 @@ TEST_F(FailedMailsTest, AComparisonHasThemAsAnOutcome) {
 TEST_F(FailedMailsTest, AComparisonTakesTheSameFailureForTheSame) {
     apply(policyThatAsks(kDirectoryList));
     const Outcome outcome = replay(kSomeFailing, {"--against", location()});
+    EXPECT_EQ(outcome.status, 1) << "two policies that cannot decide a mail do not agree on it";
+    EXPECT_EQ(outcome.out,
+              "3 mails, 4 receivers; treated otherwise: 0 receivers of 0 mails\n"
+              "\n"
+              "1 mail cannot be matched before\n"
+              "  from q@c: " +
+                  kNotSupported +
+                  "\n"
+                  "\n"
+                  "1 mail cannot be matched after\n"
+                  "  from q@c: " +
+                  kNotSupported + "\n");
+}
+
+TEST_F(FailedMailsTest, AComparisonTakesFailuresOfTwoKindsForTheSame) {
+    apply(policyThatAsks(kDirectoryList));
+    const std::string after = write("missing.yaml", policyThatAsks(""));
+    const Outcome outcome = replay(kSomeFailing, {"--against", after, "--changes", path("changes.tsv"), "--json"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(read(path("changes.tsv")), "");
+    const json report = json::parse(outcome.out);
+    EXPECT_EQ(report["changedReceivers"], 0);
+    EXPECT_EQ(report["changes"], json::array());
+    const json notFound{{"name", "ZXPOL_E_NOT_FOUND"}, {"code", "0x81021804"}};
+    for (const auto& [side, failure] : {std::pair{"before", kNotSupportedJson}, {"after", notFound}})
+        EXPECT_EQ(
+            report.at("failed").at(side),
+            (json{
+                {"receivers", 2}, {"mails", 1}, {"first", json::array({{{"sender", "q@c"}, {"failure", failure}}})}}));
+}
+
+TEST_F(FailedMailsTest, AComparisonOfMailsThatBothDecideCountsNone) {
+    apply(policyThatAsks(kDirectoryList));
+    const Outcome outcome = replay("q@d\tx@y\n", {"--against", location(), "--json"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_EQ(outcome.out, "3 mails, 4 receivers; treated otherwise: 0 receivers of 0 mails\n");
+    for (const char* side : {"before", "after"})
+        EXPECT_EQ(json::parse(outcome.out).at("failed").at(side),
+                  (json{{"receivers", 0}, {"mails", 0}, {"first", json::array()}}));
+}
+
+TEST_F(FailedMailsTest, HelpTellsThatTheyMakeTheAnswerNo) {
+    for (const char* command : {"replay", "report"})
+        EXPECT_THAT(run({command, "--help"}).out, HasSubstr("a mail cannot be matched"));
 }
 
 TEST_F(FailedMailsTest, AReportTellsHowManyThereAre) {
@@ -159,7 +221,7 @@ TEST_F(FailedMailsTest, ATestOfOneFailsWithTheReasonAndTheOthersAreRun) {
 }
 
 TEST_F(FailedMailsTest, FailuresOfTheStoreAreNoneOfThem) {
-    for (const int code : {ZXPOL_E_NOT_SUPPORTED, ZXPOL_E_NOT_FOUND})
+    for (const int code : {ZXPOL_E_NOT_SUPPORTED, ZXPOL_E_NOT_FOUND, ZXPOL_E_INVALID_ARG})
         EXPECT_TRUE(isFailureOfPolicy(code)) << code;
     for (const int code : {ZXPOL_S_OK, ZXPOL_E_OUT_OF_MEMORY, ZXPOL_E_EXCEPTION, ZXREG_E_IO, ZXREG_E_CORRUPT,
                            ZXREG_E_BUSY, ZXREG_E_DELETED, ZXREG_E_PERMISSION})

@@ -195,6 +195,17 @@ TEST_F(PolicyTestTest, APolicyFileIsTestedWithoutTheStore) {
     EXPECT_EQ(runPlain({"test", path("tests.yaml"), "--store", "sqlite:" + path("none.db")}).status, 3);
 }
 
+TEST_F(PolicyTestTest, AnotherStoreIsTestedInItsPlace) {
+    write("tests.yaml", tests(kAllTests));
+    const Outcome outcome =
+        runPlain({"test", path("tests.yaml"), "--policy", location(), "--store", "sqlite:" + path("none.db")});
+    EXPECT_EQ(outcome.status, 0) << outcome.out << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+    const Outcome missing = run({"test", path("tests.yaml"), "--policy", "sqlite:" + path("none.db")});
+    EXPECT_EQ(missing.status, 3);
+    EXPECT_THAT(missing.err, HasSubstr("none.db"));
+}
+
 TEST_F(PolicyTestTest, WhatApplyWouldComplainOfIsAWarning) {
     write("tests.yaml", tests("  - {name: a, sender: b@c, expect: [{receiver: x@y, rule: none}]}\n"));
     const std::string policy = write("policy.yaml",

@@ -9,10 +9,11 @@
 
 #include "change/apply.h"
 #include "decisions/replay_command.h"
+#include "decisions/task_lookup.h"
+#include "output/text.h"
 #include "policy/address_text.h"
 #include "policy/policy_writer.h"
 #include "random_policy.h"
-#include "stored/rule_tasks.h"
 #include "tool_fixture.h"
 
 namespace tool {
@@ -146,11 +147,6 @@ private:
     std::mt19937 _random;
 };
 
-TaskLookup lookup(const Store& store) {
-    const auto tasks = std::make_shared<const RuleTasks>(store);
-    return [tasks](const std::string& path) { return tasks->namesOf(path); };
-}
-
 std::string ruleOrNothing(const nlohmann::json& rule) {
     return rule.is_null() ? "" : rule.get<std::string>();
 }
@@ -186,7 +182,7 @@ protected:
         options.against = afterAt;
         options.changes = path("changes.tsv");
         options.envelopes = path("mails.tsv");
-        options.tasks = lookup;
+        options.tasks = lookupTasks;
         options.match.isBest = isBest;
         options.format = OutputFormat::Json;
         std::ostringstream out;

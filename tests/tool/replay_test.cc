@@ -186,6 +186,22 @@ TEST_F(ReplayTest, BadLinesAreCountedShownAndPassedOver) {
     EXPECT_EQ(replay(mails, {"--bad-lines", "0"}, 1)["badLines"]["first"], json::array());
 }
 
+// A carriage return or a vertical tab would be a character of the address to the policy.
+TEST_F(ReplayTest, WhatShowsAsABlankAroundAnAddressMakesALineBad) {
+    const json report = replay(
+        "a@b\tc@d\r\r\na@b\t\x0b"
+        "c@d\n\fa@b\tc@d\na@b\r\tc@d\na@b\tc@d\x0b,e@f\n",
+        {}, 1);
+    EXPECT_EQ(report["mails"], 0);
+    ASSERT_EQ(report["badLines"]["count"], 5);
+    EXPECT_EQ(report["badLines"]["first"][0]["fault"], "a blank stands before or after a receiver; remove it");
+    EXPECT_EQ(report["badLines"]["first"][2]["fault"], "a blank stands before or after the sender; remove it");
+}
+
+TEST_F(ReplayTest, LinesMayEndInCarriageReturnAndLineFeed) {
+    EXPECT_EQ(replay("a@b\tc@d\r\na@b\tc@d,e@f\r\n\r\na@b\tc@d\r")["mails"], 3);
+}
+
 TEST_F(ReplayTest, NothingButBadLinesIsReportedToo) {
     const json report = replay("one\ntwo\n", {}, 1);
     EXPECT_EQ(report["mails"], 0);

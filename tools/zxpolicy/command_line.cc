@@ -4,13 +4,13 @@
 #include <functional>
 #include <iostream>
 #include <map>
-#include <memory>
 
 #include "analysis/lint_command.h"
 #include "change/apply.h"
 #include "command_options.h"
 #include "decisions/match_command.h"
 #include "decisions/replay_command.h"
+#include "decisions/task_lookup.h"
 #include "decisions/test_command.h"
 #include "edit_command_line.h"
 #include "explanation/explain_command.h"
@@ -20,7 +20,6 @@
 #include "report/report_command.h"
 #include "stored/dump_command.h"
 #include "stored/refs_command.h"
-#include "stored/rule_tasks.h"
 #include "tool_error.h"
 #include "version.h"
 
@@ -38,12 +37,6 @@ const Words<ListOrder> kOrders{
     {"user", ListOrder::User}, {"ascending", ListOrder::Ascending}, {"descending", ListOrder::Descending}};
 const Words<AddressFileFormat> kFileFormats{{"plain", AddressFileFormat::Plain},
                                             {"directory", AddressFileFormat::Directory}};
-
-TaskLookup lookupTasks(const Store& store) {
-    return [tasks = std::make_shared<const RuleTasks>(store)](const std::string& rulePath) {
-        return tasks->namesOf(rulePath);
-    };
-}
 
 // The arguments as the parser takes them: the last one first. It would take what follows "--name=" for the value that
 // is not there; behind a name by itself it takes the empty text.
@@ -293,7 +286,9 @@ private:
     void addTest() {
         CLI::App& command = *_app.add_subcommand("test", "Run policy tests: mails, and what must become of them");
         command.add_option("FILE", _test.file, "The file of the tests; - is standard input")->required();
-        command.add_option("--policy", _test.policy, "Test the policy in this file, not the store")->type_name("FILE");
+        command
+            .add_option("--policy", _test.policy, "Test this policy, in a file or a store, not the store of --store")
+            ->type_name("LOCATION|FILE");
         addNumber(command, "--min-coverage", _test.minCoverage,
                   "How many of 100 rules, conditions and tasks must be tested", 0, 100)
             ->type_name("PERCENT");
@@ -309,7 +304,7 @@ private:
         command.add_option("--html", _report.html, "The page to write")->required()->type_name("FILE");
         addNumber(command, "--roads", _report.roads, "How many mails to explain at most (default 200)");
         addMatchOptions(command, _report.match);
-        command.footer("Exit status: 0 success, 1 some lines of the traffic were bad.");
+        command.footer("Exit status: 0 success, 1 a line of the traffic is bad, or a mail cannot be matched.");
         _report.tasks = lookupTasks;
         onCall(command, _report, [this] { return runReport(_report, reportOutput(OutputFormat::Text), std::cerr); });
     }
@@ -328,7 +323,7 @@ private:
         addNumber(command, "--bad-lines", _replay.badLines, "How many bad lines to show (default 10)");
         addMatchOptions(command, _replay.match);
         addReport(command, _replay.format);
-        command.footer("Exit status: 1 a line is bad, or a decision would change.");
+        command.footer("Exit status: 1 a line is bad, a mail cannot be matched, or a decision would change.");
         _replay.tasks = lookupTasks;
         onCall(command, _replay, [this] { return runReplay(_replay, reportOutput(_replay.format), std::cerr); });
     }

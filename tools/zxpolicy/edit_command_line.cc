@@ -229,8 +229,8 @@ void EditCommands::addDiff(CLI::App& app) {
     CLI::App& command = *app.add_subcommand("diff", "Say how one policy differs from another");
     command.add_option("A", _diff.before, "A store's location, or a policy file")->required();
     command.add_option("B", _diff.after, "The other one")->required();
-    CLI::Option* decisions =
-        command.add_flag("--decisions", _comparesDecisions, "Compare what they decide, on all mails there are");
+    CLI::Option* decisions = command.add_flag("--decisions", _comparesDecisions,
+                                              "Compare the rules and tasks that mails get, of all mails there are");
     addMatchOptions(command, _diff.match);
     command.get_option("--best")->needs(decisions);
     addNumber(command, "--samples", _diff.samples,

@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <map>
-#include <memory>
 #include <optional>
 
 #include "analysis/decision_space.h"
+#include "decisions/task_lookup.h"
 #include "output/progress.h"
 #include "output/text.h"
-#include "stored/rule_tasks.h"
 #include "tool_error.h"
 
 namespace tool {
@@ -18,8 +17,7 @@ namespace {
 // The outcomes of one policy by its decisions.
 class Outcomes {
 public:
-    Outcomes(const Store& store, const StoredRules& rules)
-        : _rules(rules), _tasks(std::make_shared<RuleTasks>(store)) {}
+    Outcomes(const Store& store, const StoredRules& rules) : _rules(rules), _tasksOf(lookupTasks(store)) {}
 
     const DecisionOutcome& of(uint32_t decision) {
         const auto found = _known.find(decision);
@@ -32,7 +30,7 @@ private:
         if (decision == kMatchFails) return {"\\", {}, "the conditions of rule \\ cannot be compared"};
         DecisionOutcome outcome{_rules.rules[decision].path, {}, {}};
         try {
-            outcome.tasks = _tasks->namesOf(outcome.rule);
+            outcome.tasks = _tasksOf(outcome.rule);
         } catch (const StoreError& failure) {
             outcome.failure = failure.what();
         }
@@ -40,7 +38,7 @@ private:
     }
 
     const StoredRules& _rules;
-    std::shared_ptr<RuleTasks> _tasks;
+    TaskLookup _tasksOf;
     std::map<uint32_t, DecisionOutcome> _known;
 };
 
@@ -117,9 +115,7 @@ private:
     void confirm(const DecisionDiff& diff) const {
         for (const bool isBefore : {true, false}) {
             const Store& store = isBefore ? _before : _after;
-            Matcher matcher(store, _options, [tasks = std::make_shared<RuleTasks>(store)](const std::string& path) {
-                return tasks->namesOf(path);
-            });
+            Matcher matcher(store, _options, lookupTasks(store));
             for (const DecisionChange& change : diff.changes)
                 for (const MailKind& kind : change.kinds)
                     confirm(matcher, isBefore ? change.before : change.after, kind.mail);

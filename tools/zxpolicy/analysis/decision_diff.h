@@ -17,8 +17,10 @@ struct DecisionOutcome {
     std::vector<std::string> tasks;  // full names, in the order in which they are to be done
     std::string failure;             // why the match fails, if it does
 
+    // Two failures are the same, whatever their reasons.
     bool operator==(const DecisionOutcome& other) const {
-        return rule == other.rule && tasks == other.tasks && failure == other.failure;
+        if (!failure.empty() || !other.failure.empty()) return !failure.empty() && !other.failure.empty();
+        return rule == other.rule && tasks == other.tasks;
     }
     bool operator!=(const DecisionOutcome& other) const { return !(*this == other); }
 };

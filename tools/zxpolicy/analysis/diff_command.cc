@@ -14,7 +14,7 @@ namespace tool {
 namespace {
 
 Policy readPolicyFrom(const std::string& text) {
-    if (!isStoreLocation(text)) return readPolicy(text, readFile(text));
+    if (!isStoreLocation(text)) return readPolicy(fileTitle(text), readFile(text));
     const Store store(text, Store::Missing::Refuse);
     store.requirePolicy();
     StoredPolicy stored = readPolicySnapshot(store, Secrets::Read);
@@ -65,7 +65,13 @@ void printJson(std::ostream& out, const DiffOptions& options, const PolicyDiff& 
 
 }  // namespace
 
+void requireSeparateFiles(const DiffOptions& options) {
+    if (options.before == "-" && options.after == "-")
+        throw UsageError("the two policies cannot both be read from standard input");
+}
+
 ExitStatus runDiff(const DiffOptions& options, std::ostream& out) {
+    requireSeparateFiles(options);
     const Policy before = readPolicyFrom(options.before);
     const PolicyDiff diff = differencesOf(before, readPolicyFrom(options.after), options.samples);
     if (options.format == OutputFormat::Json)

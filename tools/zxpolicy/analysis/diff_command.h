@@ -19,6 +19,9 @@ struct DiffOptions {
     OutputFormat format = OutputFormat::Text;
 };
 
+// Standard input is read once: throws a UsageError when both policies are to come from there.
+void requireSeparateFiles(const DiffOptions& options);
+
 // Prints what differs; kAnswerIsNo when anything does. Passwords are compared where both policies have them, and never
 // shown. Throws a ToolError.
 ExitStatus runDiff(const DiffOptions& options, std::ostream& out);

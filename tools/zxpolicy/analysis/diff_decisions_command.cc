@@ -17,7 +17,7 @@ namespace {
 Json outcomeJson(const DecisionOutcome& outcome) {
     return Json::object({{"rule", outcome.rule.empty() ? Json::null() : Json(outcome.rule)},
                          {"tasks", outcome.tasks},
-                         {"failure", outcome.failure.empty() ? Json::null() : Json(outcome.failure)}});
+                         {"reason", outcome.failure.empty() ? Json::null() : Json(outcome.failure)}});
 }
 
 void printJson(std::ostream& out, const DecisionDiff& diff) {
@@ -86,7 +86,7 @@ void printText(std::ostream& out, const DecisionDiff& diff) {
     for (const DecisionChange& change : diff.changes)
         printChange(out, change);
     if (diff.changed == 0)
-        out << "the same for every mail (" << counted(diff.kinds, "kind") << " of mails compared)\n";
+        out << "the same rules and tasks for every mail (" << counted(diff.kinds, "kind") << " of mails compared)\n";
     else
         out << grouped(diff.changed) << " of " << counted(diff.kinds, "kind") << " of mails "
             << (diff.changed == 1 ? "is" : "are") << " decided differently\n";
@@ -124,6 +124,7 @@ DecisionDiff compare(const DiffOptions& options, std::ostream& err) {
 }  // namespace
 
 ExitStatus runDiffDecisions(const DiffOptions& options, std::ostream& out, std::ostream& err) {
+    requireSeparateFiles(options);
     const DecisionDiff diff = compare(options, err);
     if (options.format == OutputFormat::Json)
         printJson(out, diff);

@@ -4,9 +4,9 @@
 
 #include "analysis/lint.h"
 #include "analysis/unreached_rule.h"
+#include "decisions/task_lookup.h"
 #include "output/progress.h"
 #include "output/text.h"
-#include "stored/rule_tasks.h"
 #include "tool_error.h"
 
 namespace tool {
@@ -29,9 +29,7 @@ public:
 
     // A mail for each rule that one gets to, which the library has been asked about.
     std::vector<std::optional<SampleMail>> mails(std::vector<Finding>& findings) const {
-        Matcher matcher(_store, _options, [tasks = std::make_shared<const RuleTasks>(_store)](const std::string& path) {
-            return tasks->namesOf(path);
-        });
+        Matcher matcher(_store, _options, lookupTasks(_store));
         std::vector<std::optional<SampleMail>> mails(_found.size());
         for (uint32_t rule = 0; rule < _found.size(); ++rule) {
             if (!_found[rule]) continue;

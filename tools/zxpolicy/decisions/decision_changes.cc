@@ -29,6 +29,12 @@ const MatchedRule* ruleOfReceiver(const std::map<std::string_view, const Matched
     return found == rules.end() ? nullptr : found->second;
 }
 
+// Whether the same becomes of a receiver by both decisions on its mail.
+bool isTreatedAlike(const Decision& before, const MatchedRule* was, const Decision& after, const MatchedRule* becomes) {
+    if (before.failure != 0 || after.failure != 0) return before.failure != 0 && after.failure != 0;
+    return rulePathOf(was) == rulePathOf(becomes) && ruleTasksOf(was) == ruleTasksOf(becomes);
+}
+
 }  // namespace
 
 std::string DecisionChanges::Fate::text() const {
@@ -59,14 +65,16 @@ void DecisionChanges::addReceiver(uint64_t line, const std::string& sender, cons
 void DecisionChanges::add(uint64_t line, const Envelope& envelope, const Decision& before, const Decision& after) {
     ++_mails;
     _receivers += envelope.receivers.size();
+    if (before.failure != 0) _failedBefore.add(envelope, before.failure);
+    if (after.failure != 0) _failedAfter.add(envelope, after.failure);
     const auto rulesBefore = before.byReceiver();
     const auto rulesAfter = after.byReceiver();
     std::set<Group*> groupsOfMail;
     for (const std::string& receiver : envelope.receivers) {
         const MatchedRule* was = ruleOfReceiver(rulesBefore, receiver);
         const MatchedRule* becomes = ruleOfReceiver(rulesAfter, receiver);
+        if (isTreatedAlike(before, was, after, becomes)) continue;
         const Fates fates{{rulePathOf(was), before.failure}, {rulePathOf(becomes), after.failure}};
-        if (fates.first == fates.second && ruleTasksOf(was) == ruleTasksOf(becomes)) continue;
         GroupEntry& entry = groupOf(fates, was, becomes);
         addReceiver(line, envelope.sender, receiver, entry);
         if (groupsOfMail.insert(&entry.second).second) ++entry.second.mails;
@@ -98,6 +106,8 @@ void DecisionChanges::print(std::ostream& out) const {
         for (const auto& [sender, receiver] : group.samples)
             out << "  such as " << senderToText(sender) << " to " << oneLine(receiver) << '\n';
     }
+    _failedBefore.print(out, " before");
+    _failedAfter.print(out, " after");
 }
 
 Json DecisionChanges::json() const {
@@ -121,6 +131,7 @@ Json DecisionChanges::json() const {
                          {"receivers", _receivers},
                          {"changedMails", _changedMails},
                          {"changedReceivers", _changedReceivers},
+                         {"failed", Json::object({{"before", _failedBefore.json()}, {"after", _failedAfter.json()}})},
                          {"changes", groups}});
 }
 

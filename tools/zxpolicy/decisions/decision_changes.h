@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "decisions/failed_mails.h"
 #include "decisions/matcher.h"
 #include "difference/sequence_diff.h"
 #include "output/json.h"
@@ -17,17 +18,20 @@ namespace tool {
 
 // Two decisions on one mail are compared receiver by receiver: by rule, and by the names of its tasks in their order.
 // The rule before and the rule after tell the tasks, so there is one group for each such pair, whatever the traffic.
-// That a mail cannot be matched is an outcome like a rule.
+// That a mail cannot be matched is an outcome like a rule; it is the same one whatever the reason.
 class DecisionChanges {
 public:
     // Keeps the first `samples` pairs of sender and receiver of each group. Where `listing` is not null each changed
-    // receiver becomes a line there: number of its line in the traffic, sender, receiver, rule before, rule after.
+    // receiver becomes a line there: number of its line in the traffic, sender, receiver, rule before, rule after. In
+    // place of a rule "no rule" may stand there, or a failure.
     DecisionChanges(uint32_t samples, std::ostream* listing) : _samples(samples), _listing(listing) {}
 
     // `line`: where the mail stands in the traffic.
     void add(uint64_t line, const Envelope& envelope, const Decision& before, const Decision& after);
 
     bool isEmpty() const { return _groups.empty(); }
+    // Whether a mail could not be matched, before or after.
+    bool hasFailed() const { return _failedBefore.mails() != 0 || _failedAfter.mails() != 0; }
 
     void print(std::ostream& out) const;
     Json json() const;
@@ -41,7 +45,6 @@ private:
         bool operator<(const Fate& other) const {
             return std::tie(rule, failure) < std::tie(other.rule, other.failure);
         }
-        bool operator==(const Fate& other) const { return rule == other.rule && failure == other.failure; }
         std::string text() const;
         Json ruleJson() const { return rule.empty() ? Json::null() : Json(rule); }
     };
@@ -68,6 +71,8 @@ private:
     uint64_t _receivers = 0;
     uint64_t _changedMails = 0;
     uint64_t _changedReceivers = 0;
+    FailedMails _failedBefore;
+    FailedMails _failedAfter;
     std::map<Fates, Group> _groups;
 };
 

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "output/text.h"
+#include "pattern/ascii.h"
 #include "policy/address_text.h"
 #include "tool_error.h"
 
@@ -19,8 +20,13 @@ namespace {
 constexpr size_t kMaxLine = size_t{16} << 20;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
+// What trimming takes away, and what else shows as a blank: it comes from the making of the file.
+bool showsAsBlank(char c) {
+    return zxpol::isBlank(c) || c == '\r' || c == '\v' || c == '\f';
+}
+
 bool hasBlankAround(const std::string& address) {
-    return !address.empty() && (address.front() == ' ' || address.back() == ' ');
+    return !address.empty() && (showsAsBlank(address.front()) || showsAsBlank(address.back()));
 }
 
 // The bytes of a regular file from where it stands.

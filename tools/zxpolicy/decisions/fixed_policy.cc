@@ -82,6 +82,12 @@ FixedPolicy::FixedPolicy(const std::string& file, const Policy& policy, std::ost
     hold(policy, nullptr, "", err);
 }
 
+void FixedPolicy::noteIfOutdated(std::ostream& err) const {
+    if (isOutdated())
+        err << "zxpolicy: note: " << oneLine(_name)
+            << " has changed meanwhile; the report is of the policy that it held at the beginning\n";
+}
+
 void FixedPolicy::hold(const Policy& policy, const Store* base, const std::string& baseName, std::ostream& err) {
     printRemarks(err, "warning", findReferenceFaults(YamlSource(_name), policy).dangling,
                  " more sides of conditions name no list");

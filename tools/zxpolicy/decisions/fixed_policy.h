@@ -37,6 +37,8 @@ public:
     const Store& store() const { return _copy; }
     // Whether the store has changed since it was copied. Throws a StoreError.
     bool isOutdated() const { return _origin && _origin->stamp() != _stamp; }
+    // Says on `err` when it has. Throws a StoreError.
+    void noteIfOutdated(std::ostream& err) const;
     // The location or the file.
     const std::string& name() const { return _name; }
 

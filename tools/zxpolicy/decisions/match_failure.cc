@@ -15,7 +15,7 @@ constexpr size_t kShownReceivers = 3;
 }  // namespace
 
 bool isFailureOfPolicy(int code) {
-    return code == ZXPOL_E_NOT_SUPPORTED || code == ZXPOL_E_NOT_FOUND;
+    return code == ZXPOL_E_NOT_SUPPORTED || code == ZXPOL_E_NOT_FOUND || code == ZXPOL_E_INVALID_ARG;
 }
 
 Json failureJson(int code) {

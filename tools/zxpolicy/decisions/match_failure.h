@@ -8,8 +8,8 @@
 
 namespace tool {
 
-// Whether a match fails with this code by what the policy holds: a list in a condition that does not exist or cannot be
-// asked. Another mail may be matched then. Other codes are failures of the store.
+// Whether a match fails with this code by what the policy holds: a list in a condition that does not exist, has no name
+// or cannot be asked. Another mail may be matched then. Other codes are failures of the store.
 bool isFailureOfPolicy(int code);
 
 // An object with name and code; null for success.

@@ -2,13 +2,9 @@
 
 #include <set>
 
-#include "decisions/match_failure.h"
-
 namespace tool {
 
 namespace {
-
-constexpr size_t kKeptFailures = 10;
 
 template <class Count>
 void addCount(Json& json, const Count& count) {
@@ -21,7 +17,7 @@ void MatchSummary::add(const Envelope& envelope, const Decision& decision) {
     ++_mails;
     _receivers += envelope.receivers.size();
     if (decision.failure != 0) {
-        addFailure(envelope, decision.failure);
+        _failed.add(envelope, decision.failure);
         return;
     }
     _unmatched.receivers += decision.unmatched.size();
@@ -38,21 +34,6 @@ void MatchSummary::add(const Envelope& envelope, const Decision& decision) {
         }
         if (_countsConditions) addConditions(rule);
     }
-}
-
-void MatchSummary::addFailure(const Envelope& envelope, int code) {
-    _failed.receivers += envelope.receivers.size();
-    ++_failed.mails;
-    if (_firstFailed.size() < kKeptFailures) _firstFailed.push_back({envelope.sender, code});
-}
-
-Json MatchSummary::failedJson() const {
-    Json failed = Json::object({});
-    addCount(failed, _failed);
-    Json first = Json::array();
-    for (const FailedMail& mail : _firstFailed)
-        first.add(Json::object({{"sender", mail.sender}, {"failure", failureJson(mail.code)}}));
-    return failed.add("first", first);
 }
 
 void MatchSummary::addConditions(const MatchedRule& rule) {
@@ -96,12 +77,12 @@ Json MatchSummary::json(const RuleNode& root) const {
     });
     const auto nanoseconds = [&](double share) { return static_cast<uint64_t>(_latency.quantile(share).count()); };
     // What cannot be matched is no decision.
-    const auto decided = static_cast<double>(_mails - _failed.mails);
-    const double perMail = decided == 0 ? 0 : static_cast<double>(_receivers - _failed.receivers) / decided;
+    const auto decided = static_cast<double>(_mails - _failed.mails());
+    const double perMail = decided == 0 ? 0 : static_cast<double>(_receivers - _failed.receivers()) / decided;
     return Json::report({{"mails", _mails},
                          {"receivers", _receivers},
                          {"unmatched", unmatched},
-                         {"failed", failedJson()},
+                         {"failed", _failed.json()},
                          {"rules", rules},
                          {"tasks", tasks},
                          {"medianNanoseconds", nanoseconds(0.5)},

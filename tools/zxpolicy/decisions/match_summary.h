@@ -7,8 +7,8 @@
 #include <map>
 #include <string>
 #include <utility>
-#include <vector>
 
+#include "decisions/failed_mails.h"
 #include "decisions/latency.h"
 #include "decisions/matcher.h"
 #include "output/json.h"
@@ -30,10 +30,8 @@ public:
 
     void add(const Envelope& envelope, const Decision& decision);
 
-    // How many mails could not be matched.
-    uint64_t failedMails() const { return _failed.mails; }
-    // Those mails: a block of lines, nothing without any; their number and the first ones.
-    void printFailures(std::ostream& out) const;
+    // The mails that could not be matched.
+    const FailedMails& failed() const { return _failed; }
 
     // The tree of all rules with their numbers, the conditions where they are counted, the tasks asked for, and how
     // long a decision took.
@@ -51,13 +49,6 @@ private:
     // A rule's path, and the position of one of its conditions.
     using ConditionKey = std::pair<std::string, uint32_t>;
 
-    struct FailedMail {
-        std::string sender;
-        int code;
-    };
-
-    void addFailure(const Envelope& envelope, int code);
-    Json failedJson() const;
     void addConditions(const MatchedRule& rule);
     Count ofRule(const std::string& path) const { return countOf(_rules, path); }
     Count ofCondition(const std::string& path, uint32_t position) const {
@@ -79,8 +70,7 @@ private:
     uint64_t _mails = 0;
     uint64_t _receivers = 0;
     Count _unmatched;
-    Count _failed;
-    std::vector<FailedMail> _firstFailed;
+    FailedMails _failed;
     std::map<std::string, Count> _rules;
     std::map<ConditionKey, Count> _conditions;
     std::map<std::string, Count> _tasks;

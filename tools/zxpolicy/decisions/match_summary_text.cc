@@ -6,8 +6,6 @@
 #include "decisions/match_summary.h"
 #include "output/table.h"
 #include "output/text.h"
-#include "policy/address_text.h"
-#include "result_names.h"
 
 namespace tool {
 
@@ -68,7 +66,7 @@ void MatchSummary::printRules(std::ostream& out, const RuleNode& root) const {
     for (const auto& [path, count] : _rules)
         if (seen.count(path) == 0) addRow(oneLine(path), count);
     addRow("no rule", _unmatched);
-    if (_failed.mails != 0) addRow("cannot be matched", _failed);
+    if (_failed.mails() != 0) addRow("cannot be matched", {_failed.receivers(), _failed.mails()});
     table.print(out);
 }
 
@@ -102,15 +100,6 @@ void MatchSummary::printTasks(std::ostream& out, const RuleNode& root) const {
     if (seen.empty()) return;
     out << '\n';
     table.print(out);
-}
-
-void MatchSummary::printFailures(std::ostream& out) const {
-    if (_failed.mails == 0) return;
-    out << '\n' << counted(_failed.mails, "mail") << " cannot be matched\n";
-    for (const FailedMail& mail : _firstFailed)
-        out << "  from " << senderToText(mail.sender) << ": " << describeResult(mail.code) << '\n';
-    if (_failed.mails > _firstFailed.size())
-        out << "  and " << grouped(_failed.mails - _firstFailed.size()) << " more\n";
 }
 
 void MatchSummary::printDurations(std::ostream& out) const {

@@ -54,6 +54,13 @@ private:
     std::chrono::nanoseconds _duration{0};
 };
 
+void setMatchOptions(const MatchOptions& options) {
+    int result = ZXPOL_S_OK;
+    const _ZxPolMatchOption option{1, options.priority, options.weight, 0, 0};
+    zxpol_setMatchOption(&option, &result);
+    require(result, "cannot set the options of best matching");
+}
+
 std::map<std::string_view, const MatchedRule*> Decision::byReceiver() const {
     std::map<std::string_view, const MatchedRule*> rules;
     for (const MatchedRule& rule : matches)
@@ -73,10 +80,7 @@ Matcher::Matcher(const Store& store, const MatchOptions& options, TaskLookup loo
 
 void Matcher::setOptions(const MatchOptions& options) {
     _mode = options.isBest ? 1 : 0;
-    int result = ZXPOL_S_OK;
-    const _ZxPolMatchOption option{1, options.priority, options.weight, 0, 0};
-    zxpol_setMatchOption(&option, &result);
-    require(result, "cannot set the options of best matching");
+    setMatchOptions(options);
 }
 
 // Which tasks a rule asks for does not depend on the mail, so once for each rule will do. The library's answer must say

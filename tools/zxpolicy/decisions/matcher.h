@@ -20,6 +20,9 @@ struct MatchOptions {
     ZxPolMatchWeightType weight = ZXPOL_WEIGHT_DOMAIN_FIRST;
 };
 
+// Sets the process's options of best matching. Throws a StoreError.
+void setMatchOptions(const MatchOptions& options);
+
 struct MatchedRule {
     std::string path;
     std::vector<std::string> receivers;

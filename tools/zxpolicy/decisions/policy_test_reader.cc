@@ -15,7 +15,7 @@ namespace tool {
 namespace {
 
 constexpr uint32_t kTestFormat = 1;
-constexpr const char* kNoRule = "none";
+constexpr const char* kNoRuleWord = "none";
 
 // Reads a value that is one of a few words; leaves it as it is when absent.
 template <class Value>
@@ -49,7 +49,7 @@ MatchOptions readMatchOptions(const YamlReader& reader, const YamlFields& fields
 
 std::string readExpectedRule(const YamlReader& reader, const YamlNode& node) {
     std::string rule = reader.text(node, "\"rule\" of an expectation", kAnyLength);
-    if (rule == kNoRule) return "";
+    if (rule == kNoRuleWord) return "";
     if (rule.empty() || rule.front() != '\\')
         reader.source().fail(
             node.place, "\"rule\" of an expectation must be a path such as \\Sales, or none, not " + inQuotes(rule));

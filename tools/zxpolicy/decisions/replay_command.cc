@@ -9,7 +9,6 @@
 #include "decisions/traffic.h"
 #include "output/output_file.h"
 #include "output/progress.h"
-#include "output/text.h"
 
 namespace tool {
 
@@ -41,9 +40,9 @@ ExitStatus addDecisionsUp(const ReplayOptions& options, const FixedPolicy& polic
     const RuleNode root = readRuleTree(matcher.rules());
     printReplay(options, out, traffic, summary.json(root), [&] {
         summary.print(out, root);
-        summary.printFailures(out);
+        summary.failed().print(out);
     });
-    return summary.failedMails() == 0 ? kSuccess : kAnswerIsNo;
+    return summary.failed().mails() == 0 ? kSuccess : kAnswerIsNo;
 }
 
 // The files that the command reads.
@@ -71,19 +70,13 @@ ExitStatus compareDecisions(const ReplayOptions& options, const FixedPolicy& pol
     progress.clear();
     if (listing) listing->keep();
     printReplay(options, out, traffic, changes.json(), [&] { changes.print(out); });
-    return changes.isEmpty() ? kSuccess : kAnswerIsNo;
+    return changes.isEmpty() && !changes.hasFailed() ? kSuccess : kAnswerIsNo;
 }
 
 // Standard input is read once.
 void requireSeparateFiles(const ReplayOptions& options) {
     if (options.envelopes == "-" && options.against == "-")
         throw UsageError("--envelopes and --against cannot both read standard input");
-}
-
-void sayWhetherOutdated(const FixedPolicy& policy, std::ostream& err) {
-    if (policy.isOutdated())
-        err << "zxpolicy: note: " << oneLine(policy.name())
-            << " has changed meanwhile; the report is of the policy that it held at the beginning\n";
 }
 
 }  // namespace
@@ -99,8 +92,8 @@ ExitStatus runReplay(const ReplayOptions& options, std::ostream& out, std::ostre
     Traffic traffic(options.envelopes, options.badLines);
     const ExitStatus status =
         other ? compareDecisions(options, policy, *other, traffic, out) : addDecisionsUp(options, policy, traffic, out);
-    sayWhetherOutdated(policy, err);
-    if (other) sayWhetherOutdated(*other, err);
+    policy.noteIfOutdated(err);
+    if (other) other->noteIfOutdated(err);
     return traffic.badLines() == 0 ? status : kAnswerIsNo;
 }
 

@@ -25,8 +25,8 @@ struct ReplayOptions {
 };
 
 // Decides on all mails by the policy as it stands when the command begins, or by two policies: the report goes to
-// `out`, what else is to be said to `err`. The answer is no when a line was bad, a mail cannot be matched, or a
-// decision differs. Throws a ToolError.
+// `out`, what else is to be said to `err`. The answer is no when a line was bad, a mail cannot be matched (by
+// one of the policies), or a decision differs. Throws a ToolError.
 ExitStatus runReplay(const ReplayOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace tool

@@ -33,10 +33,14 @@ Envelope envelopeOf(const PolicyTest& test) {
     return envelope;
 }
 
+FixedPolicy policyOf(const TestOptions& options, std::ostream& err) {
+    if (options.policy && !isStoreLocation(*options.policy)) return {*options.policy, options.store, err};
+    return FixedPolicy(options.policy.value_or(options.store));
+}
+
 PolicyTestReport runTests(const TestOptions& options, const std::string& fileName, const std::vector<PolicyTest>& tests,
                           std::ostream& err) {
-    const FixedPolicy policy =
-        options.policy ? FixedPolicy(*options.policy, options.store, err) : FixedPolicy(options.store);
+    const FixedPolicy policy = policyOf(options, err);
     Matcher matcher(policy.store(), {}, options.tasks(policy.store()), Matcher::Conditions::Watched);
     PolicyTestReport report{fileName, {}, Coverage(readRuleTree(matcher.rules()))};
     for (const PolicyTest& test : tests) {

@@ -15,7 +15,7 @@ namespace tool {
 struct TestOptions {
     std::string store;
     std::string file;
-    std::optional<std::string> policy;  // a policy file, to be tested in place of the store
+    std::optional<std::string> policy;  // to be tested in place of the store: a location or a policy file
     uint32_t minCoverage = 0;           // percent
     TaskLookupMaker tasks;
     OutputFormat format = OutputFormat::Text;

@@ -14,9 +14,8 @@ namespace {
 class ExplainedMatch {
 public:
     ExplainedMatch(const Store& store, const MatchOptions& options) {
+        setMatchOptions(options);
         int result = ZXPOL_S_OK;
-        const _ZxPolMatchOption option{1, options.priority, options.weight, 0, 0};
-        zxpol_setMatchOption(&option, &result);
         _lists = ListHiveHandle(zxpol_openAddrListHive(store.key(), &result));
         _rules = RuleHiveHandle(zxpol_openRuleHive(store.key(), 0, &result));
         require(result, "cannot open the policy in " + oneLine(store.location()));

@@ -74,6 +74,31 @@ void addVisit(Statements& statements, const RuleVisit& visit, bool isBest) {
     if (visit.fate != ZXPOL_FATE_NONE) statements.push_back({indent + kIndent, "", choiceText(visit)});
 }
 
+// What the conditions were held against on one side; nothing where none was asked.
+std::optional<std::string> comparedAddress(const Walk& walk, ZxPolMatchSide side) {
+    for (const RuleVisit& visit : walk.rules)
+        for (const ConditionTest& condition : visit.conditions)
+            for (const SideTest& test : condition.sides)
+                if (test.side == side) return test.address;
+    return {};
+}
+
+// "receiver ADDRESS", and what was compared where that is not the whole address.
+std::string addressHeading(const char* side, const std::string& address, const std::optional<std::string>& compared) {
+    const std::string heading = std::string(side) + ' ' + oneLine(address);
+    return !compared || *compared == address ? heading : heading + ", compared as " + inQuotes(*compared, 255);
+}
+
+// One for a sender of which not all is compared; empty for another.
+std::string senderHeading(const Explanation& explanation) {
+    const std::string& sender = explanation.envelope.sender;
+    for (const Walk& walk : explanation.walks) {
+        const std::optional<std::string> compared = comparedAddress(walk, ZXPOL_SIDE_SENDER);
+        if (compared) return *compared == sender ? "" : addressHeading("sender", sender, compared);
+    }
+    return "";
+}
+
 Statements statementsOf(const Walk& walk, bool isBest) {
     Statements statements;
     for (const RuleVisit& visit : walk.rules)
@@ -143,12 +168,14 @@ std::string wayText(const MatchOptions& options) {
 void printText(std::ostream& out, const Explanation& explanation, const Colours& colours, size_t width) {
     const auto heading = [&](const std::string& text) { out << colours.paint(text, Tone::Strong) << '\n'; };
     heading("the road of a mail: " + wayText(explanation.options));
+    const std::string sender = senderHeading(explanation);
+    if (!sender.empty()) heading(sender);
     if (explanation.restarts != 0) heading("the policy changed meanwhile, and the match was begun anew");
     if (ZX_FAILURE(explanation.unreadFilters))
         heading("no further exclusive filters can be read: " + describeResult(explanation.unreadFilters));
     for (const Walk& walk : explanation.walks) {
         out << '\n';
-        heading("receiver " + oneLine(walk.receiver));
+        heading(addressHeading("receiver", walk.receiver, comparedAddress(walk, ZXPOL_SIDE_RECEIVER)));
         printStatements(out, statementsOf(walk, explanation.options.isBest), width, colours);
     }
     for (const Collection& collection : explanation.collections) {

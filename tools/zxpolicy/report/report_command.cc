@@ -99,42 +99,62 @@ std::string pageOf(const std::string& data) {
     return page.replace(page.find(place), place.size(), forScript(data));
 }
 
+// What the policy decides on the traffic.
+struct Decided {
+    explicit Decided(uint32_t mostSamples) : samples(mostSamples) {}
+
+    MatchSummary summary{MatchSummary::Conditions::Counted};
+    Samples samples;
+    RuleNode rules;
+};
+
+void decideTraffic(const ReportOptions& options, const Store& store, Traffic& traffic, Decided& decided) {
+    Matcher matcher(store, options.match, options.tasks(store), Matcher::Conditions::Watched);
+    Progress progress("mails", traffic.size());
+    Envelope envelope;
+    while (traffic.next(envelope)) {
+        const Decision decision = matcher.decideOrFail(envelope);
+        decided.summary.add(envelope, decision);
+        if (decision.failure == 0) decided.samples.add(envelope, decision);
+        progress.step(traffic.bytes());
+    }
+    progress.clear();
+    decided.rules = readRuleTree(matcher.rules());
+}
+
+// What the page shows; `mails` are those that are explained.
+Json pageData(const ReportOptions& options, const FixedPolicy& policy, const Decided& decided,
+              const std::vector<SampleMail>& mails, const Traffic& traffic) {
+    Json data = Json::report({{"policy", oneLine(policy.name())},
+                              {"mode", options.match.isBest ? "best" : "first"},
+                              {"options", explainOptions(options.match)}});
+    data.add("traffic", decided.summary.json(decided.rules).add("badLines", traffic.badLinesJson()));
+    data.add("roads", roadsJson(policy.store(), options.match, mails));
+    return data.add("lint", lintJson(lintPolicy(policy.store(), options.match)));
+}
+
+std::vector<std::string> filesRead(const ReportOptions& options) {
+    std::vector<std::string> files = filesOf(options.store);
+    files.push_back(options.envelopes);
+    return files;
+}
+
 }  // namespace
 
 ExitStatus runReport(const ReportOptions& options, std::ostream& out, std::ostream& err) {
     const FixedPolicy policy(options.store);
     Traffic traffic(options.envelopes, kKeptBadLines);
-    std::vector<std::string> kept = filesOf(options.store);
-    kept.push_back(options.envelopes);
-    OutputFile page(options.html, kept);
-    Matcher matcher(policy.store(), options.match, options.tasks(policy.store()), Matcher::Conditions::Watched);
-    MatchSummary summary(MatchSummary::Conditions::Counted);
-    Samples samples(options.roads);
-    Progress progress("mails", traffic.size());
-    Envelope envelope;
-    while (traffic.next(envelope)) {
-        const Decision decision = matcher.decideOrFail(envelope);
-        summary.add(envelope, decision);
-        if (decision.failure == 0) samples.add(envelope, decision);
-        progress.step(traffic.bytes());
-    }
-    progress.clear();
-    const std::vector<SampleMail> mails = samples.chosen();
-    Json data = Json::report({{"policy", oneLine(policy.name())},
-                              {"mode", options.match.isBest ? "best" : "first"},
-                              {"options", explainOptions(options.match)}});
-    data.add("traffic", summary.json(readRuleTree(matcher.rules())).add("badLines", traffic.badLinesJson()));
-    data.add("roads", roadsJson(policy.store(), options.match, mails));
-    data.add("lint", lintJson(lintPolicy(policy.store(), options.match)));
-    page.stream() << pageOf(data.line());
+    OutputFile page(options.html, filesRead(options));
+    Decided decided(options.roads);
+    decideTraffic(options, policy.store(), traffic, decided);
+    const std::vector<SampleMail> mails = decided.samples.chosen();
+    page.stream() << pageOf(pageData(options, policy, decided, mails, traffic).line());
     page.keep();
     out << oneLine(options.html) << ": " << counted(mails.size(), "mail") << " explained\n";
-    summary.printFailures(out);
+    decided.summary.failed().print(out);
     traffic.printBadLines(out);
-    if (policy.isOutdated())
-        err << "zxpolicy: note: " << oneLine(policy.name())
-            << " has changed meanwhile; the page is of the policy that it held at the beginning\n";
-    return traffic.badLines() == 0 && summary.failedMails() == 0 ? kSuccess : kAnswerIsNo;
+    policy.noteIfOutdated(err);
+    return traffic.badLines() == 0 && decided.summary.failed().mails() == 0 ? kSuccess : kAnswerIsNo;
 }
 
 }  // namespace tool

@@ -20,7 +20,7 @@ struct ReportOptions {
 };
 
 // Writes a page on the policy, as it stands when the command begins, and the traffic. The answer is no when a line of
-// the traffic was bad. Throws a ToolError; the page is not written then.
+// the traffic was bad or a mail cannot be matched. Throws a ToolError; the page is not written then.
 ExitStatus runReport(const ReportOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace tool
