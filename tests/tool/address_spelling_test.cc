@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
 
+#include "../support/experiment.h"
 #include "analysis/analysis_limit.h"
 #include "small_policy.h"
 
@@ -42,6 +44,45 @@ TEST(AddressSpelling, FindsAnAddressForEachWayToDivideASortKey) {
     }
 }
 
+// Words in rows, of which not all places for quotes are tried.
+TEST(AddressSpelling, FindsAnAddressForEachWayToQuoteManyWords) {
+    const std::vector<std::string> words{"a",  "\"a",   "a\"",    "\"a\"",     "a\"a",
+                                         "\\", "a\\\"", "\"\\\"", "\"a\\\"\"", "\"@\""};
+    const auto texts = zxtest::shortOrLong<uint32_t>(300, 50000);
+    std::mt19937 random(1);
+    uint32_t decided = 0;
+    for (uint32_t i = 0; i < texts; ++i) {
+        std::string text = words[random() % words.size()];
+        for (size_t count = 3 + random() % 4; count > 0; --count)
+            text += "." + words[random() % 2 == 0 ? 0 : random() % words.size()];
+        text += random() % 2 == 0 ? "@b" : "";
+        const AddressParts parts = partsOf(text);
+        std::vector<std::string> found;
+        try {
+            found = addressesOfKey(parts.sortKey);
+        } catch (const AnalysisLimit&) {
+            continue;
+        }
+        ++decided;
+        ASSERT_TRUE(std::any_of(found.begin(), found.end(), [&](const std::string& address) {
+            return haveSameParts(partsOf(address), parts) && (isWellFormed(address) || !isWellFormed(text));
+        })) << text;
+    }
+    EXPECT_GT(decided, texts / 2);
+}
+
+TEST(AddressSpelling, TriesFewPlacesForQuotesInARowOfWords) {
+    std::string entry = R"("a\"b")";
+    for (char c = 'c'; c <= 'z'; ++c)
+        entry.append(".").append(1, c);
+    EXPECT_LE(addressesOfKey(partsOf(entry + "@x.example").sortKey).size(), 64U);
+    const std::vector<std::string> found = addressesOfKey(partsOf(R"("a\"".b.c.d.e.f.g@x)").sortKey);
+    for (const char* address : {R"("a\"".b.c.d.e.f.g@x)", R"("a\".b.c.d.e.f.g"@x)"})
+        EXPECT_TRUE(std::any_of(found.begin(), found.end(), [&](const std::string& one) {
+            return haveSameParts(partsOf(one), partsOf(address)) && isWellFormed(one);
+        })) << address;
+}
+
 TEST(AddressSpelling, TellsLocalPartsThatNoAddressHas) {
     for (const char* name : {"a\"@b", "\"@", "a.\"@.b.c.d.e.f", "a.\"@.b.c.d.e.f\\"}) {
         EXPECT_FALSE(isLocalPart(name)) << name;
@@ -67,7 +108,13 @@ TEST(AddressSpelling, WritesTheKindBeforeATextWithAColon) {
 }
 
 TEST(AddressSpelling, GivesUpWhereQuotesStandInTooManyWays) {
-    EXPECT_THROW(spellings("\"\".@b.c.d.e.f.g.h", "i"), AnalysisLimit);
+    const std::string name = "\"\".@b.\"\".c.\"\".d.\"\".e";
+    try {
+        spellings(name, "i");
+        FAIL();
+    } catch (const AnalysisLimit& limit) {
+        EXPECT_EQ(limit.localPart(), name);
+    }
 }
 
 }  // namespace tool

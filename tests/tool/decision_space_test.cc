@@ -20,6 +20,18 @@ std::string ruleOf(const DecisionSpace& space, uint32_t decision) {
     return space.policy(0).rules[decision].path;
 }
 
+// A failure of the root's conditions is one of the match, and a mail of the root's is one that they match.
+void checkRoot(const DecisionSpace& space, size_t sender, const std::vector<LibraryDecision>& real, bool isBest) {
+    const DecisionSpace::Checked root = space.check(0, 0, sender, ClassBits(real.size(), true), isBest);
+    for (size_t receiver = 0; receiver < real.size(); ++receiver) {
+        const std::string& rule = real[receiver].rule;
+        // First match does not get to the root where another rule takes the mail.
+        if (!isBest && rule.size() > 1) continue;
+        ASSERT_EQ(root.failed.has(receiver), rule == "!") << space.receivers().witness(receiver);
+        ASSERT_EQ(root.matched.has(receiver), rule != "" && rule != "!") << space.receivers().witness(receiver);
+    }
+}
+
 // The rules that answer for all mails of a small policy, as the library says and as the classes say.
 void check(uint32_t seed, SmallPolicyKind kind) {
     const SmallPolicy policy(seed, kind);
@@ -40,6 +52,7 @@ void check(uint32_t seed, SmallPolicyKind kind) {
                 << "seed " << seed << ", sender " << space.senders().witness(sender) << ", receiver "
                 << receivers[receiver];
         }
+        checkRoot(space, sender, real, options.isBest);
     }
     // No mail is decided as no class is.
     for (const std::string& sender : smallAddresses())

@@ -322,6 +322,8 @@ TEST_F(LintTest, SaysWhenThereAreTooManyWaysToMatch) {
     for (char c = 'a'; c <= 'z'; ++c)
         writeText(kRuleA, "condition" + std::to_string(3 + c - 'a'), std::string("*") + c + "*@*,*");
     EXPECT_EQ(placesOf("undecided"), Texts{"the rules"});
+    // Whether there is an error is what is asked.
+    EXPECT_EQ(run({"lint"}).status, 1);
 }
 
 TEST_F(LintTest, CountsWarningsAsErrorsWhenStrict) {
@@ -392,17 +394,17 @@ TEST_F(LintTest, TellsRulesThatTheConditionsAboveKeepMailsFrom) {
     EXPECT_EQ(found->text,
               "no mail gets to it in best match: of the 1 kind of mails that match its conditions none matches the "
               "conditions above it");
-    EXPECT_EQ(found->remedy, "widen the conditions above it, correct its own, or delete it");
+    EXPECT_EQ(found->remedy, "widen the conditions above it, or correct its own, unless only first match is used");
 }
 
-TEST_F(LintTest, TellsThatTheRootFailsOnTheMailsOfARule) {
+TEST_F(LintTest, TellsThatTheRootCannotBeCheckedForTheMailsOfARule) {
     run({"apply", "--allow-dangling", "-"}, R"(zxpolicy: 1
 root:
   conditions: [{sender: (Nowhere), receiver: "*"}]
   rules: [{name: A, conditions: [{sender: "*", receiver: "*@a.example"}]}]
 )");
     EXPECT_THAT(textsOf("unreachable-best"),
-                testing::Contains(HasSubstr("that match its conditions rule \\ fails on all")));
+                testing::Contains(HasSubstr("that match its conditions rule \\ cannot be checked for any")));
 }
 
 TEST_F(LintTest, ReportsAsJson) {

@@ -116,6 +116,37 @@ void checkCovered(uint32_t seed, uint32_t& covered) {
     }
 }
 
+// Whether it is said that the rule itself, and not something in it, may be deleted.
+bool isDeletionOfRule(const Finding& finding) {
+    return !finding.rules.empty() && finding.place == "rule " + finding.rules.front() &&
+           (finding.remedy.find("delete it") != std::string::npos ||
+            finding.remedy.find("delete the rule") != std::string::npos);
+}
+
+// Without a rule that may be deleted all mails, or all with well-formed addresses, are decided as before.
+void checkDeletable(uint32_t seed, uint32_t& deleted) {
+    const SmallPolicy with(seed, kindOf(seed));
+    MatchOptions options = optionsOf(seed);
+    const LintResult lint = lintPolicy(with.store(), options);
+    for (const bool isBest : {false, true}) {
+        options.isBest = isBest;
+        const auto decisions = allDecisions(with.store(), options);
+        for (const Finding& finding : lint.findings) {
+            if (!isDeletionOfRule(finding)) continue;
+            ++deleted;
+            SmallPolicy without(seed, kindOf(seed));
+            without.removeRule(finding.rules.front());
+            const auto decisionsWithout = allDecisions(without.store(), options);
+            for (const auto& [mail, decision] : decisions) {
+                if (finding.isOfWellFormed && !isWellFormedMail(mail)) continue;
+                ASSERT_EQ(decision, decisionsWithout.at(mail))
+                    << "seed " << seed << (isBest ? ", best: " : ", first: ") << mail.first << " to " << mail.second
+                    << "; " << finding.place;
+            }
+        }
+    }
+}
+
 // Which mails match single conditions, where all lists are as in a policy.
 class ConditionMatches {
 public:
@@ -219,6 +250,16 @@ TEST(PolicyAnalysis, CallsNoConditionCoveredThatMatters) {
     if (HasFatalFailure()) return;
     EXPECT_GT(covered, 0U);
     zxtest::figure("analysis", "covered conditions taken away", covered);
+}
+
+TEST(PolicyAnalysis, AdvisesDeletingNoRuleThatMatters) {
+    const auto policies = zxtest::shortOrLong<uint32_t>(15, 5000);
+    uint32_t deleted = 0;
+    for (uint32_t seed = 1; seed <= policies && !HasFatalFailure(); ++seed)
+        checkDeletable(seed, deleted);
+    if (HasFatalFailure()) return;
+    EXPECT_GT(deleted, 0U);
+    zxtest::figure("analysis", "deletions of rules that get no mails", deleted);
 }
 
 TEST(PolicyAnalysis, TellsEveryConditionOutsideItsParent) {

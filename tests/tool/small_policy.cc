@@ -68,6 +68,16 @@ void SmallPolicy::change(uint32_t seed) {
     if (upTo(3) == 0) writeMarks(pick(_rules));
 }
 
+void SmallPolicy::removeRule(const std::string& rulePath) {
+    const size_t cut = rulePath.rfind('\\');
+    int result = ZXPOL_S_OK;
+    const RuleHiveHandle hive(zxpol_openRuleHive(_store.key(), 0, &result));
+    const std::string above = cut == 0 ? "\\" : rulePath.substr(0, cut);
+    const RuleHandle parent(zxpol_openRuleByFullName(hive.get(), above.c_str(), &result));
+    zxpol_deleteRule(parent.get(), rulePath.c_str() + cut + 1, &result);
+    require(result, "cannot delete rule " + rulePath);
+}
+
 void SmallPolicy::removeCondition(const std::string& rulePath, size_t number) {
     const KeyHandle key = openRawKey(_store.key(), keyOf(rulePath));
     std::vector<std::string> texts;

@@ -27,6 +27,8 @@ public:
     const Store& store() const { return _store; }
     // Changes some of it.
     void change(uint32_t seed);
+    // Takes a rule away, and those below it.
+    void removeRule(const std::string& rulePath);
     // Takes a condition away, counted from 1.
     void removeCondition(const std::string& rulePath, size_t number);
     // Leaves no rules but the root, with one condition.

@@ -17,7 +17,10 @@ namespace {
 // The places for quotes in a local part of which all choices are tried.
 constexpr size_t kMaxPlacesTried = 14;
 
-size_t countOf(char c, const std::string& text) {
+// Of a local part that an error shows.
+constexpr size_t kShownBytes = 255;
+
+size_t countOf(char c, std::string_view text) {
     return static_cast<size_t>(std::count(text.begin(), text.end(), c));
 }
 
@@ -49,13 +52,60 @@ std::string withQuotes(const std::string& name, IsChosen isChosen) {
     return local;
 }
 
-// Calls visit(local part) with quotes in all ways until it returns true, and tells whether it did.
+// Whether quotes beside a word of a local part are nothing but quotes around it, or around words that it is among.
+bool isPlainWord(std::string_view word) {
+    return !word.empty() && word.front() != '"' && word.back() != '"' && word.back() != '\\' &&
+           word.find('@') == std::string_view::npos;
+}
+
+std::vector<std::string_view> wordsOf(std::string_view name) {
+    std::vector<std::string_view> words;
+    for (size_t begin = 0, end = 0; end != std::string_view::npos; begin = end + 1) {
+        end = name.find('.', begin);
+        words.push_back(name.substr(begin, end - begin));
+    }
+    return words;
+}
+
+/*
+ * The places that matter; all have the numbers of withQuotes.
+ *
+ * In a row of plain words those beside the first and the last one do. A quote before a plain word can only open a
+ * section, and one behind it only close one, or else it is no quote that is taken off. What is before the row is
+ * outside of quotes, in a section, or behind a quote with a backslash of which it is open whether it closes one; so is
+ * what is behind the row, and each way from the one to the other can be had at the first and the last word, with the
+ * same quotes taken off: a section that begins and ends in the row encloses what is the same without it, one that is
+ * interrupted in the row is the same uninterrupted, and one that begins or ends in the row can do so at its first or
+ * its last word.
+ */
+std::vector<size_t> placesThatMatter(const std::string& name) {
+    const std::vector<std::string_view> words = wordsOf(name);
+    // Where quotes push the end of a long local part away, how many there are counts.
+    const bool isCut = name.size() + placesIn(name) >= ZxPolCondWildcardPattern::maxName;
+    std::vector<size_t> places;
+    size_t place = 0;
+    for (size_t i = 0; i < words.size(); ++i) {
+        const bool isInRow = i > 0 && i + 1 < words.size() && isPlainWord(words[i - 1]) && isPlainWord(words[i]) &&
+                             isPlainWord(words[i + 1]);
+        for (const size_t end = place + 2 + countOf('@', words[i]); place < end; ++place)
+            if (!isInRow || isCut) places.push_back(place);
+    }
+    return places;
+}
+
+// Calls visit(local part) with quotes in all ways that matter until it returns true, and tells whether it did.
 template <class Visit>
 bool anyQuoted(const std::string& name, Visit visit) {
-    const size_t count = placesIn(name);
-    if (count > kMaxPlacesTried) throw AnalysisLimit("the quotes in a local part stand in too many ways");
-    for (uint32_t places = 0; places < uint32_t{1} << count; ++places)
-        if (visit(withQuotes(name, [&](size_t place, char) { return (places >> place & 1) != 0; }))) return true;
+    const std::vector<size_t> places = placesThatMatter(name);
+    if (places.size() > kMaxPlacesTried)
+        throw AnalysisLimit("the quotes in the local part " + inQuotes(name, kShownBytes) + " stand in too many ways",
+                            name);
+    std::vector<bool> isChosen(placesIn(name));
+    for (uint32_t choice = 0; choice < uint32_t{1} << places.size(); ++choice) {
+        for (size_t i = 0; i < places.size(); ++i)
+            isChosen[places[i]] = (choice >> i & 1) != 0;
+        if (visit(withQuotes(name, [&](size_t place, char) { return isChosen[place]; }))) return true;
+    }
     return false;
 }
 

@@ -2,13 +2,22 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace tool {
 
 // There are more combinations than can be looked at.
 class AnalysisLimit : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    // `localPart`: the one of a pattern or an address that is at fault, where it is known.
+    explicit AnalysisLimit(const std::string& what, std::string localPart = "")
+        : std::runtime_error(what), _localPart(std::move(localPart)) {}
+
+    const std::string& localPart() const { return _localPart; }
+
+private:
+    std::string _localPart;
 };
 
 }  // namespace tool

@@ -71,9 +71,19 @@ DecisionSpace::DecisionSpace(std::vector<const StoredRules*> policies, const Mat
     _receivers.close();
 }
 
+DecisionSpace::Checked DecisionSpace::check(uint32_t policy, uint32_t rule, size_t sender, const ClassBits& receivers,
+                                            bool isBest) const {
+    if (!isBest) return checkUpToFirst(policy, rule, sender, receivers);
+    ClassBits matched(receivers.size());
+    ClassBits failed = compareAll(policy, rule, sender, receivers,
+                                  [&](const ClassCondition&, const ClassBits& hit) { matched |= hit; });
+    matched -= failed;
+    return {std::move(matched), std::move(failed)};
+}
+
 // Conditions are looked at in order, the receiver's side first; a failure ends the look at this rule.
-DecisionSpace::Checked DecisionSpace::check(uint32_t policy, uint32_t rule, size_t sender,
-                                            const ClassBits& receivers) const {
+DecisionSpace::Checked DecisionSpace::checkUpToFirst(uint32_t policy, uint32_t rule, size_t sender,
+                                                     const ClassBits& receivers) const {
     Checked checked{ClassBits(receivers.size()), ClassBits(receivers.size())};
     ClassBits open = receivers;
     for (const ClassCondition& condition : _conditions[policy][rule]) {
@@ -92,6 +102,28 @@ DecisionSpace::Checked DecisionSpace::check(uint32_t policy, uint32_t rule, size
         }
     }
     return checked;
+}
+
+template <class Visit>
+ClassBits DecisionSpace::compareAll(uint32_t policy, uint32_t rule, size_t sender, const ClassBits& receivers,
+                                    Visit visit) const {
+    ClassBits failed(receivers.size());
+    ClassBits open = receivers;
+    for (const ClassCondition& condition : _conditions[policy][rule]) {
+        if (condition.receiver == ClassCondition::kFails) {
+            failed |= open;
+            return failed;
+        }
+        ClassBits hit = open;
+        hit &= _receivers.matching(condition.receiver);
+        if (condition.sender == ClassCondition::kFails) {
+            failed |= hit;
+            open -= hit;
+        } else if (_senders.matches(sender, condition.sender)) {
+            visit(condition, hit);
+        }
+    }
+    return failed;
 }
 
 // ---- first match ------------------------------------------------------------------------------------------
@@ -115,7 +147,7 @@ private:
     void walk(uint32_t rule) {
         for (uint32_t child : _space.policy(_policy).rules[rule].children)
             walk(child);
-        const Checked checked = _space.check(_policy, rule, _sender, _open);
+        const Checked checked = _space.checkUpToFirst(_policy, rule, _sender, _open);
         take(checked.matched, rule);
         if (rule == 0) take(checked.failed, kMatchFails);
     }
@@ -164,31 +196,18 @@ private:
         return priority.compare(ZxPolPriority::mMaxPriority, priorityType()) == 0;
     }
 
-    // All conditions are looked at; one that fails makes the whole rule fail.
     Graded grade(uint32_t rule, const ClassBits& receivers) const {
         const size_t size = receivers.size();
         Graded graded{ClassBits(size), ClassBits(size), std::vector<ZxPolPriority>(size)};
-        ClassBits open = receivers;
-        for (const ClassCondition& condition : _space._conditions[_policy][rule]) {
-            if (condition.receiver == ClassCondition::kFails) {
-                graded.failed |= open;
-                break;
-            }
-            ClassBits hit = open;
-            hit &= _space._receivers.matching(condition.receiver);
-            if (condition.sender == ClassCondition::kFails) {
-                graded.failed |= hit;
-                open -= hit;
-                continue;
-            }
-            if (!_space._senders.matches(_sender, condition.sender)) continue;
+        const auto visit = [&](const ClassCondition& condition, const ClassBits& hit) {
             graded.matched |= hit;
             const uint32_t senderWeight = _space._senders.weight(_sender, condition.sender);
             hit.forEach([&](size_t one) {
                 const ZxPolPriority priority(senderWeight, _space._receivers.weight(one, condition.receiver));
                 if (graded.priorities[one].compare(priority, priorityType()) < 0) graded.priorities[one] = priority;
             });
-        }
+        };
+        graded.failed = _space.compareAll(_policy, rule, _sender, receivers, visit);
         graded.matched -= graded.failed;
         return graded;
     }

@@ -84,16 +84,24 @@ public:
     // What a policy decides on each class of receivers, for one class of senders.
     std::vector<uint32_t> decide(uint32_t policy, size_t sender, bool isBest) const;
 
-    // The receivers for which a rule's conditions match, whatever else the policy says, and those for which they fail.
+    // The receivers for which a rule's conditions match, whatever else the policy says, and those for which they fail:
+    // first match looks no further than to the first condition that does either, best match at all of them.
     struct Checked {
         ClassBits matched;
         ClassBits failed;
     };
-    Checked check(uint32_t policy, uint32_t rule, size_t sender, const ClassBits& receivers) const;
+    Checked check(uint32_t policy, uint32_t rule, size_t sender, const ClassBits& receivers, bool isBest) const;
 
 private:
     class FirstMatch;
     class BestMatch;
+
+    Checked checkUpToFirst(uint32_t policy, uint32_t rule, size_t sender, const ClassBits& receivers) const;
+
+    // Looks at all conditions, and calls visit(condition, receivers) for each one that matches; tells the receivers for
+    // which one fails, and with it the rule.
+    template <class Visit>
+    ClassBits compareAll(uint32_t policy, uint32_t rule, size_t sender, const ClassBits& receivers, Visit visit) const;
 
     std::vector<const StoredRules*> _policies;
     MatchOptions _options;

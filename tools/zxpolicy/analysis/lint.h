@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "analysis/analysis_limit.h"
 #include "analysis/decision_space.h"
 #include "analysis/finding.h"
 #include "analysis/policy_rules.h"
@@ -33,14 +34,17 @@ LintResult lintPolicy(const Store& store, const MatchOptions& options);
 
 // Positions, numbers and forms of what is stored.
 void lintStoredForms(const Store& store, const StoredRules& rules, std::vector<Finding>& findings);
-// Conditions by themselves: what they refer to, and whether they are patterns at all.
-void lintConditions(const StoredRules& rules, std::vector<Finding>& findings);
+// Conditions by themselves: what they refer to, and whether they are patterns at all. `reaches` tells the rules that
+// mails get to, here and below; empty for all.
+void lintConditions(const StoredRules& rules, const std::vector<RuleReach>& reaches, std::vector<Finding>& findings);
 // Conditions beside each other and their parents'.
 void lintCoverage(const DecisionSpace& space, std::vector<Finding>& findings);
+// The finding that which mails get to the rules was not decided.
+Finding undecidedRules(const StoredRules& rules, const AnalysisLimit& limit);
 // Rules that no mail gets to; tells a mail for each of the others.
 std::vector<RuleReach> lintReach(const Store& store, const DecisionSpace& space, const MatchOptions& options,
                                  std::vector<Finding>& findings);
-// Tasks, inactive marks, exclusive filters and outcomes. `reaches` tells the rules that mails get to; empty for all.
+// Tasks, inactive marks, exclusive filters and outcomes.
 void lintTasks(const Store& store, const StoredRules& rules, const std::vector<RuleReach>& reaches,
                std::vector<Finding>& findings);
 

@@ -1,7 +1,5 @@
 // Conditions by themselves: what they refer to, and whether they are patterns at all.
-#include <set>
-
-#include "analysis/lint.h"
+#include "analysis/lint_rules.h"
 #include "analysis/lint_text.h"
 #include "output/text.h"
 #include "pattern/cond_wildcard_pattern.h"
@@ -14,18 +12,21 @@ namespace {
 
 class Conditions {
 public:
-    Conditions(const StoredRules& stored, std::vector<Finding>& findings) : _stored(stored), _findings(findings) {}
+    Conditions(const StoredRules& stored, const std::vector<RuleReach>& reaches, std::vector<Finding>& findings)
+        : _stored(stored), _reaches(reaches), _findings(findings) {}
 
     void run() {
-        for (const StoredRule& rule : _stored.rules) {
+        for (uint32_t number = 0; number < _stored.rules.size(); ++number) {
+            const StoredRule& rule = _stored.rules[number];
             _rule = rule.path;
             _place = "rule " + oneLine(rule.path);
+            const std::string otherwise = isOfUse(number) ? "" : ", or delete the rule";
             if (rule.isOfOtherType)
                 add(Severity::Warning, "no-conditions", "its matchType is not 0: no mail matches it",
-                    "set its matchType to 0 and add conditions, or delete the rule");
+                    "set its matchType to 0 and add conditions" + otherwise);
             else if (rule.conditions.empty())
                 add(Severity::Warning, "no-conditions", "it has no condition: no mail matches it",
-                    "add conditions, or delete the rule");
+                    "add conditions" + otherwise);
             for (size_t i = 0; i < rule.conditions.size(); ++i) {
                 _place = conditionText(rule.path, i);
                 lookAt(rule.conditions[i], i);
@@ -34,6 +35,11 @@ public:
     }
 
 private:
+    // Whether a rule that no mail matches has a use: the root holds all others, and mails may get to rules below.
+    bool isOfUse(uint32_t rule) const {
+        return rule == 0 || anyBelow(_stored.rules, rule, [&](uint32_t below) { return isReached(_reaches, below); });
+    }
+
     void lookAt(const StoredRule::Condition& condition, size_t index) {
         if (!condition.isReadable && index > 0)
             return addUnreadable("what is stored cannot be read, and counts as condition " + std::to_string(index) +
@@ -75,7 +81,7 @@ private:
                          : "cannot be opened (" + std::string(resultName(list.failure)) + ")") +
                     consequence,
                 "make the list, or correct the name; letter case counts");
-        else if (list.entries.empty() && _empty.insert(name).second)
+        else if (list.entries.empty())
             add(Severity::Warning, "empty-list", what + "which is empty and matches nothing",
                 "add addresses, or remove the condition");
     }
@@ -89,16 +95,16 @@ private:
     }
 
     const StoredRules& _stored;
+    const std::vector<RuleReach>& _reaches;
     std::vector<Finding>& _findings;
-    std::set<std::string> _empty;
     std::string _rule;
     std::string _place;
 };
 
 }  // namespace
 
-void lintConditions(const StoredRules& rules, std::vector<Finding>& findings) {
-    Conditions(rules, findings).run();
+void lintConditions(const StoredRules& rules, const std::vector<RuleReach>& reaches, std::vector<Finding>& findings) {
+    Conditions(rules, reaches, findings).run();
 }
 
 }  // namespace tool

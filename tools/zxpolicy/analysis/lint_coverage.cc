@@ -14,9 +14,9 @@ struct Scope {
     ClassBits receivers;
 };
 
-class Coverage {
+class ConditionCoverage {
 public:
-    Coverage(const DecisionSpace& space, std::vector<Finding>& findings)
+    ConditionCoverage(const DecisionSpace& space, std::vector<Finding>& findings)
         : _space(space),
           _all{ClassBits(space.senders().size(), true), ClassBits(space.receivers().size(), true)},
           _wellFormed{space.senders().wellFormed(), space.receivers().wellFormed()},
@@ -160,7 +160,7 @@ private:
 }  // namespace
 
 void lintCoverage(const DecisionSpace& space, std::vector<Finding>& findings) {
-    Coverage(space, findings).run();
+    ConditionCoverage(space, findings).run();
 }
 
 }  // namespace tool

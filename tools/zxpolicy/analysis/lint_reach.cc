@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <map>
 
-#include "analysis/lint.h"
+#include "analysis/lint_rules.h"
 #include "analysis/unreached_rule.h"
 #include "decisions/task_lookup.h"
 #include "output/progress.h"
@@ -40,30 +40,31 @@ public:
         return mails;
     }
 
+    bool isBest() const { return _options.isBest; }
+    // Whether a mail gets to a rule, or one that may have well-formed addresses.
+    bool isReached(uint32_t rule, bool isOfWellFormed) const {
+        return _found[rule] && !(isOfWellFormed && _ranks[rule] == kMalformed);
+    }
     // Whether a mail gets to a rule, though none with well-formed addresses.
     bool isMalformedOnly(uint32_t rule) const { return _found[rule] && _ranks[rule] == kMalformed; }
 
-    // By whom the mails are answered that match the conditions of a rule to which none gets, for each such rule. Where
-    // mails with addresses that are not well-formed do, the others count.
+    // What becomes of the mails that match the conditions of a rule to which none gets, for each such rule. Where mails
+    // with addresses that are not well-formed do, the others count.
     std::map<uint32_t, Answers> answers() const {
         std::map<uint32_t, Answers> answers;
         for (uint32_t rule = 0; rule < _found.size(); ++rule)
             if (!_found[rule] || isMalformedOnly(rule)) answers[rule] = {};
+        const AnswerCounter counter(_space, _options.isBest);
         const ClassBits all(_space.receivers().size(), true);
         Progress progress("kinds of senders", _space.senders().size());
         for (size_t sender = 0; sender < _space.senders().size() && !answers.empty(); ++sender) {
             progress.step(sender);
             const std::vector<uint32_t> decisions = _space.decide(0, sender, _options.isBest);
-            for (auto& [rule, counts] : answers) {
-                if (isMalformedOnly(rule) && !_space.senders().wellFormed().has(sender)) continue;
-                ClassBits matched = _space.check(0, rule, sender, all).matched;
-                if (isMalformedOnly(rule)) matched &= _space.receivers().wellFormed();
-                const ClassBits above = matchedAbove(rule, sender, matched);
-                matched.forEach([&, &counts = counts](size_t receiver) {
-                    const bool isAsked = above.has(receiver) || decisions[receiver] == kMatchFails;
-                    ++counts[isAsked ? decisions[receiver] : kNotAbove];
-                });
-            }
+            for (auto& [rule, counts] : answers)
+                if (!isMalformedOnly(rule))
+                    counter.add(rule, sender, decisions, all, counts);
+                else if (_space.senders().wellFormed().has(sender))
+                    counter.add(rule, sender, decisions, _space.receivers().wellFormed(), counts);
         }
         return answers;
     }
@@ -90,15 +91,6 @@ private:
             _found[rule] = {sender, receiver};
             _ranks[rule] = rank;
         }
-    }
-
-    // Those of the receivers for which all rules above match, where that counts.
-    ClassBits matchedAbove(uint32_t rule, size_t sender, ClassBits receivers) const {
-        while (_options.isBest && rule != 0) {
-            rule = rules()[rule].parent;
-            receivers = _space.check(0, rule, sender, receivers).matched;
-        }
-        return receivers;
     }
 
     static void confirm(Matcher& matcher, const std::string& rule, const SampleMail& mail,
@@ -132,23 +124,31 @@ private:
     std::vector<Rank> _ranks;  // of what is found
 };
 
+void addUnreached(const DecisionSpace& space, const Reach& reach, const Reach& other, std::vector<Finding>& findings) {
+    for (auto& [rule, answers] : reach.answers()) {
+        // A rule without conditions has a finding of its own.
+        if (space.conditions(0, rule).empty()) continue;
+        const bool isOfWellFormed = reach.isMalformedOnly(rule);
+        const bool isReachedBelow = anyBelow(space.policy(0).rules, rule, [&](uint32_t below) {
+            return reach.isReached(below, isOfWellFormed) || other.isReached(below, isOfWellFormed);
+        });
+        findings.push_back(unreachedRule(space, {rule, answers, reach.isBest(), other.isReached(rule, isOfWellFormed),
+                                                 isReachedBelow, isOfWellFormed}));
+    }
+}
+
 }  // namespace
 
 std::vector<RuleReach> lintReach(const Store& store, const DecisionSpace& space, const MatchOptions& options,
                                  std::vector<Finding>& findings) {
+    const Reach first(store, space, options, false), best(store, space, options, true);
+    const auto firstMails = first.mails(findings);
+    addUnreached(space, first, best, findings);
+    const auto bestMails = best.mails(findings);
+    addUnreached(space, best, first, findings);
     std::vector<RuleReach> reaches;
-    for (const StoredRule& rule : space.policy(0).rules)
-        reaches.push_back({rule.path, {}, {}});
-    for (const bool isBest : {false, true}) {
-        const Reach reach(store, space, options, isBest);
-        const std::vector<std::optional<SampleMail>> mails = reach.mails(findings);
-        for (size_t rule = 0; rule < mails.size(); ++rule)
-            (isBest ? reaches[rule].best : reaches[rule].first) = mails[rule];
-        // A rule without conditions has a finding of its own.
-        for (const auto& [rule, answers] : reach.answers())
-            if (!space.conditions(0, rule).empty())
-                findings.push_back(unreachedRule(space, rule, answers, isBest, reach.isMalformedOnly(rule)));
-    }
+    for (size_t rule = 0; rule < firstMails.size(); ++rule)
+        reaches.push_back({space.policy(0).rules[rule].path, firstMails[rule], bestMails[rule]});
     return reaches;
 }
 

@@ -2,22 +2,23 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 
 #include "analysis/decision_space.h"
 #include "analysis/finding.h"
+#include "analysis/unreached_rule_answers.h"
 
 namespace tool {
 
-// How the mails that match a rule's conditions are decided, by the number of kinds of them.
-using Answers = std::map<uint32_t, uint64_t>;
+struct UnreachedRule {
+    uint32_t rule;
+    Answers answers;              // for the mails that match its conditions
+    bool isBest;                  // the mode in which none gets to it
+    bool isReachedOtherwise;      // in the other mode mails get to it
+    bool isOthersReachedBelow;    // in one of the modes mails get to rules below it
+    bool isOfWellFormed = false;  // mails get to it, though none with well-formed addresses: the others do not count
+};
 
-// Stands for an answer where rules above the rule do not match, so that best match never asks it.
-constexpr uint32_t kNotAbove = UINT32_MAX - 2;
-
-// Tells who answers instead, those with the most kinds of mails first. `isOfWellFormed` for a rule that mails with
-// other addresses get to; the answers are those to the well-formed ones then.
-Finding unreachedRule(const DecisionSpace& space, uint32_t rule, const Answers& answers, bool isBest,
-                      bool isOfWellFormed);
+// Tells what becomes of the mails instead, the most kinds of them first.
+Finding unreachedRule(const DecisionSpace& space, const UnreachedRule& unreached);
 
 }  // namespace tool
