@@ -53,7 +53,8 @@ int writableDescriptorOf(const std::string& path) {
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd", error)) {
         const int descriptor = std::stoi(entry.path().filename().string());
-        if (isOf(descriptor, file) && isWritable(descriptor)) return descriptor;
+        const bool isOutput = descriptor == STDOUT_FILENO || descriptor == STDERR_FILENO;
+        if (isOf(descriptor, file) && (isOutput || isWritable(descriptor))) return descriptor;
     }
     return -1;
 }

@@ -12,7 +12,8 @@ std::string withoutLinks(const std::string& path);
 // Whether two paths are of one file, also where there is none yet.
 bool areSameFile(const std::string& a, const std::string& b);
 
-// An open descriptor through which the file can be written, or -1.
+// An open descriptor through which the file can be written, or -1. Standard output and standard error count although
+// they may be closed.
 int writableDescriptorOf(const std::string& path);
 
 // Whether standard input is read from the file.

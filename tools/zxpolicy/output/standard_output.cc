@@ -23,10 +23,14 @@ FoldedOutput& foldedOutput() {
     return folded;
 }
 
-// Reading from the first, or writing to the others, fails as it does on a closed one.
+// Opens what stands in the place of closed streams, so that no other file gets their numbers. Reading from the first, or
+// writing to the others, fails as it does on a closed one, and no name but theirs is of the same file.
 void holdClosedStreams() {
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        if (fcntl(stream, F_GETFD) < 0) open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    if (fcntl(STDIN_FILENO, F_GETFD) < 0) open("/dev/null", O_WRONLY);
+    for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+        int ends[2];  // the one to read from gets the lowest free number
+        if (fcntl(stream, F_GETFD) < 0 && pipe(ends) == 0) close(ends[1]);
+    }
 }
 
 }  // namespace
