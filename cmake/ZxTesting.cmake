@@ -52,7 +52,7 @@ function(zx_add_test name)
       set(test ${name}.${shard})
     endif()
     add_test(NAME ${test} COMMAND ${name})
-    set_tests_properties(${test} PROPERTIES TIMEOUT 300
+    set_tests_properties(${test} PROPERTIES TIMEOUT 600
       ENVIRONMENT "GTEST_TOTAL_SHARDS=${ARG_SHARDS};GTEST_SHARD_INDEX=${shard};GTEST_BRIEF=1;ASAN_OPTIONS=detect_leaks=1")
   endforeach()
 endfunction()

@@ -11,6 +11,7 @@
 #include "policy/policy_reader.h"
 #include "stored/dump_command.h"
 #include "stored/raw_key.h"
+#include "support/experiment.h"
 #include "support/fault_store.h"
 
 namespace tool {
@@ -143,7 +144,7 @@ TEST_P(FailingEdit, IsDoneOrNotDoneWhicheverCallOfTheStoreFails) {
     bool isDone = true;
     bool hasFailed = true;
     uint64_t call = 1;
-    for (; hasFailed; ++call) {
+    for (; hasFailed; call += zxtest::kStride) {
         if (isDone) applyPolicy(memory(), "p", readPolicy("p", policy()), false);
         zxtest::failStoreCall(call, ZXREG_E_IO);
         isDone = isDoneWithoutError();

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "output/text.h"
+#include "support/experiment.h"
 #include "tool_fixture.h"
 
 namespace tool {
@@ -20,9 +21,11 @@ using std::chrono::seconds;
 using ProgressTest = ToolTest;
 
 // So many that they take longer than it waits before it is drawn.
+constexpr int kMails = 150000 / static_cast<int>(zxtest::kStride);
+
 std::string manyMails() {
     std::string mails;
-    for (int i = 0; i < 150000; ++i)
+    for (int i = 0; i < kMails; ++i)
         mails += "a@b.c\td" + std::to_string(i) + "@e.f\n";
     return mails;
 }
@@ -59,7 +62,7 @@ TEST_F(ProgressTest, ItIsDrawnOnATerminalAndWipedAtTheEnd) {
     const auto onTerminal = [&](const std::string& replay) {
         const Outcome outcome = runShell("script -qec \"stty cols 30; " + replay + " >report\" /dev/null");
         EXPECT_EQ(outcome.status, 0);
-        EXPECT_THAT(read(path("report")), HasSubstr("\"mails\":150000"));
+        EXPECT_THAT(read(path("report")), HasSubstr("\"mails\":" + std::to_string(kMails)));
         return outcome.out;
     };
     const std::string known = onTerminal("$zxpolicy replay --json --envelopes mails.tsv");

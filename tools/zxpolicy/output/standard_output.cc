@@ -23,8 +23,8 @@ FoldedOutput& foldedOutput() {
     return folded;
 }
 
-// Opens what stands in the place of closed streams, so that no other file gets their numbers. Reading from the first, or
-// writing to the others, fails as it does on a closed one, and no name but theirs is of the same file.
+// Opens what stands in the place of closed streams, so that no other file gets their numbers. Reading from the first,
+// or writing to the others, fails as it does on a closed one, and no name but theirs is of the same file.
 void holdClosedStreams() {
     if (fcntl(STDIN_FILENO, F_GETFD) < 0) open("/dev/null", O_WRONLY);
     for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
