@@ -31,7 +31,9 @@ std::vector<std::string> split(const std::string& text, char separator) {
 }
 
 bool isRightSide(const std::string& side) {
-    return !side.empty() && side.front() != ' ' && side.back() != ' ';
+    const std::string blanks = " \t\r\v\f";
+    return !side.empty() && blanks.find(side.front()) == std::string::npos &&
+           blanks.find(side.back()) == std::string::npos;
 }
 
 bool isRight(const std::string& line) {
