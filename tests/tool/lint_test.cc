@@ -287,6 +287,11 @@ TEST_F(LintTest, TellsATextThatIsNoConditionFromOneOfEmptySides) {
               Texts{"what is stored cannot be read, and counts as condition 2 once more"});
     writeText(kRuleA, "condition1", "no comma");
     EXPECT_EQ(textsOf("unreadable-condition").front(), "what is stored cannot be read, and counts as two empty sides");
+    // Without condition 1 what cannot be read behind it would count as two empty sides.
+    writeText(kRuleA, "condition1", "a@a.example,*@e.example");
+    writeText(kRuleA, "condition2", "no comma");
+    writeText(kRuleA, "condition3", "*,*");
+    EXPECT_EQ(placesOf("covered-condition"), Texts{"rule \\A, condition 2"});
 }
 
 TEST_F(LintTest, TellsOnceThatTheMailsOfARuleCannotBeMatched) {

@@ -29,13 +29,19 @@ public:
             for (size_t i = 0; i < conditions.size(); ++i) {
                 if (!canBeCompared(conditions[i])) continue;
                 if (isNever(conditions[i], _all)) continue;
-                lookAtSiblings(rules[rule], conditions, i);
+                if (!isTakenTwice(rules[rule], i)) lookAtSiblings(rules[rule], conditions, i);
                 if (rule != 0) lookAtParent(rules[rule], conditions[i], i);
             }
         }
     }
 
 private:
+    // Whether the condition behind it cannot be read, and counts as this one once more. Without this one it would count
+    // as another.
+    static bool isTakenTwice(const StoredRule& rule, size_t index) {
+        return index + 1 < rule.conditions.size() && !rule.conditions[index + 1].isReadable;
+    }
+
     static bool canBeCompared(const ClassCondition& condition) {
         return condition.sender != ClassCondition::kFails && condition.receiver != ClassCondition::kFails;
     }
