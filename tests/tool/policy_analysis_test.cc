@@ -253,7 +253,7 @@ TEST(PolicyAnalysis, CallsNoConditionCoveredThatMatters) {
 }
 
 TEST(PolicyAnalysis, AdvisesDeletingNoRuleThatMatters) {
-    const auto policies = zxtest::shortOrLong<uint32_t>(15, 5000);
+    const auto policies = zxtest::shortOrLong<uint32_t>(6, 5000);
     uint32_t deleted = 0;
     for (uint32_t seed = 1; seed <= policies && !HasFatalFailure(); ++seed)
         checkDeletable(seed, deleted);
